@@ -1,0 +1,87 @@
+// State: the callback table, written by _export_common_routines, and the linked flag, written by
+// omrel_init.
+#include "plugin/host_link.h"
+
+#include <cstdio>
+
+#include "support/console.h"
+#include "support/line_marker.h"
+
+namespace omrel {
+
+HostCallbackTable host{};
+bool host_linked = false;
+
+namespace {
+
+// A command of the host that must exist, and the location that a report names when it does not.
+struct NeededCommand {
+  const char* name;
+  const char* not_linked;
+};
+
+constexpr NeededCommand NEEDED_COMMANDS[] = {
+    {"eval", "omrel_init: eval not linked\n"},   {"vars", "omrel_init: vars not linked\n"},
+    {"subst", "omrel_init: subst not linked\n"}, {"set", "omrel_init: set not linked\n"},
+    {"expr", "omrel_init: expr not linked\n"},
+};
+
+bool has_command(void* interp, const char* name) {
+  return host.getCommand != nullptr && host.getCommand(interp, name) != nullptr;
+}
+
+int look_up_commands(void* interp) {
+  for (const NeededCommand& command : NEEDED_COMMANDS) {
+    if (!has_command(interp, command.name)) return report_exception(command.not_linked, nullptr);
+  }
+  host_linked = true;
+  return 0;
+}
+
+}  // namespace
+
+int omrel_init(void* interp) {
+  if (host_linked) return 0;
+  try {
+    return look_up_commands(interp);
+  } catch (...) {
+    return report_exception("omrel_init: Exception", nullptr);
+  }
+}
+
+int report_exception(const char* location, const char* message) {
+  console_set_colour(BRIGHT_RED);
+  if (location != nullptr) {
+    std::printf("\r\nException in [%s] at line %li", location, static_cast<long>(line_marker));
+  }
+  if (message != nullptr && *message != '\0') std::printf(" (%s)", message);
+  console_reset_colour();
+  std::printf("\n");
+  return 1;
+}
+
+HostVar* get_var(void* interp, const char* name) {
+  return host.getVar == nullptr ? nullptr : host.getVar(interp, name, -1);
+}
+
+int set_var(void* interp, const char* name, const char* value) {
+  return host.setVar == nullptr ? 1 : host.setVar(interp, name, value, -1);
+}
+
+void set_var_value(HostVar* var, const char* value) {
+  if (host.setVarValue != nullptr) host.setVarValue(var, value, 0);
+}
+
+void free_var_value(HostVar* var) {
+  if (host.freeVarValue != nullptr) host.freeVarValue(var);
+}
+
+void set_result(void* interp, const char* text) {
+  if (host.setResult != nullptr) host.setResult(interp, text, 0);
+}
+
+void free_value(char* value) {
+  if (host.freeValue != nullptr) host.freeValue(value);
+}
+
+}  // namespace omrel

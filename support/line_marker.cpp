@@ -1,0 +1,7 @@
+#include "support/line_marker.h"
+
+namespace omrel {
+
+std::int32_t line_marker = 0;
+
+}  // namespace omrel

@@ -1,0 +1,13 @@
+// The line marker: the source line last marked, printed by diagnostics only.
+#pragma once
+
+#include <cstdint>
+
+namespace omrel {
+
+extern std::int32_t line_marker;
+
+// Stores the caller's source line.
+inline void mark_line(std::int32_t line = __builtin_LINE()) { line_marker = line; }
+
+}  // namespace omrel

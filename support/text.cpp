@@ -1,0 +1,103 @@
+#include "support/text.h"
+
+#include <cstring>
+#include <utility>
+
+namespace omrel {
+namespace {
+
+// The text's length, but at most n; reads no byte behind its NUL nor behind the first n.
+std::size_t length_up_to(const char* text, std::size_t n) {
+  const void* end = std::memchr(text, '\0', n);
+  return end == nullptr ? n : static_cast<std::size_t>(static_cast<const char*>(end) - text);
+}
+
+// How many times the character stands at the text's start.
+std::size_t leading_run(const char* text, char character) {
+  std::size_t n = 0;
+  while (text[n] != '\0' && text[n] == character) {
+    ++n;
+  }
+  return n;
+}
+
+// Appends n characters to the holder's heap text, then a NUL; see string_append.
+char* append_characters(char** holder, const char* characters, std::size_t n) {
+  const std::size_t old_length = *holder == nullptr ? 0 : std::strlen(*holder);
+  auto* grown = static_cast<char*>(std::realloc(*holder, old_length + n + 1));
+  if (grown == nullptr) return nullptr;
+  std::memcpy(grown + old_length, characters, n);
+  grown[old_length + n] = '\0';
+  *holder = grown;
+  return grown;
+}
+
+}  // namespace
+
+char* copy_text_n(char* destination, const char* source, std::size_t n) {
+  if (destination == nullptr || source == nullptr) return destination;
+  const std::size_t length = length_up_to(source, n);
+  std::memcpy(destination, source, length);
+  destination[length] = '\0';
+  return destination;
+}
+
+char* append_text_n(char* destination, const char* source, std::size_t n) {
+  if (destination == nullptr) return nullptr;
+  char* end = destination + std::strlen(destination);
+  if (source == nullptr) return end;
+  const std::size_t length = length_up_to(source, n);
+  std::memcpy(end, source, length);
+  end[length] = '\0';
+  return end + length;
+}
+
+std::size_t char_position(const char* text, char character) {
+  // strchr would find the NUL, which is no character of the text.
+  if (text == nullptr || character == '\0') return 0;
+  const char* found = std::strchr(text, character);
+  return found == nullptr ? 0 : static_cast<std::size_t>(found - text) + 1;
+}
+
+char* remove_leading(char* text, std::size_t n, char fill) {
+  if (text == nullptr) return text;
+  const std::size_t length = std::strlen(text);
+  if (n < 1 || n > length) return text;
+  std::memmove(text, text + n, length - n);
+  std::memset(text + (length - n), fill, n);
+  return text;
+}
+
+char* strip_leading_char(char* text, char character) {
+  if (text == nullptr) return text;
+  const std::size_t n = leading_run(text, character);
+  if (n > 0) std::memmove(text, text + n, std::strlen(text + n) + 1);
+  return text;
+}
+
+int all_chars_are(const char* text, char character) {
+  if (text == nullptr || *text == '\0') return 0;
+  return text[leading_run(text, character)] == '\0' ? 1 : 0;
+}
+
+char* string_append(char** holder, const char* text, std::ptrdiff_t n) {
+  if (holder == nullptr) return nullptr;
+  if (text == nullptr) return *holder;
+  const std::size_t length =
+      n < 1 ? std::strlen(text) : length_up_to(text, static_cast<std::size_t>(n));
+  return append_characters(holder, text, length);
+}
+
+char* string_append_char(char** holder, char character) {
+  return holder == nullptr ? nullptr : append_characters(holder, &character, 1);
+}
+
+void free_and_null(char** holder) {
+  if (holder == nullptr) return;
+  std::free(*holder);
+  *holder = nullptr;
+}
+
+void swap_words(std::int32_t& x, std::int32_t& y) { std::swap(x, y); }
+
+}  // namespace omrel
