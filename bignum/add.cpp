@@ -1,0 +1,123 @@
+// Comparison, addition and subtraction.
+//
+// Signed addition and subtraction reduce to a sum or a difference of magnitudes. What they do to
+// the left operand's sign flag (its digits and the right operand never change) is part of their
+// contract; fa and fb are the flags on entry, a - b counting as a + b with fb turned over:
+//
+//   fa     fb     result                        a's flag afterwards
+//   set    clear  |b| - |a|                     clear
+//   clear  set    |a| - |b|                     set if |a| < |b|, else clear
+//   equal         |a| + |b| with a's flag       clear if the sum is all zeros, else unchanged
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+#include "bignum/bignum.h"
+#include "bignum/digit_text.h"
+
+namespace omrel {
+namespace {
+
+// The length without leading zeros, but one for a text of zeros only and zero for no text.
+int top_length(const char* text, int length) {
+  return length == 0 ? 0 : std::max(significant_length(text, length), 1);
+}
+
+// Compares characters as signed codes from the top; for digits alone, words do the same faster.
+int compare_texts(const char* x, int x_length, const char* y, int y_length, bool foreign) {
+  x_length = top_length(x, x_length);
+  y_length = top_length(y, y_length);
+  if (!foreign) return compare_significant(x, x_length, y, y_length);
+  if (x_length != y_length) return x_length < y_length ? -1 : 1;
+  for (int i = x_length - 1; i >= 0; --i) {
+    const auto a = static_cast<signed char>(x[i]);
+    const auto b = static_cast<signed char>(y[i]);
+    if (a != b) return a < b ? -1 : 1;
+  }
+  return 0;
+}
+
+int compare_values(const bignum& a, const bignum& b) {
+  if (a.negative != 0 && b.negative == 0) return -1;
+  if (a.negative == 0 && b.negative != 0) return 1;
+  const bool foreign = a.has_foreign || b.has_foreign;
+  const int order = compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), foreign);
+  return a.negative != 0 ? -order : order;
+}
+
+// Writes |a| + |b| into sum and returns its length; the sum is not ended.
+int digit_sum(bignum& sum, const Digits& a, const Digits& b) {
+  const Digits& longer = a.length >= b.length ? a : b;
+  const Digits& shorter = a.length >= b.length ? b : a;
+  int n = longer.length;
+  if (add_digits(sum.vlstr, longer.text, n, shorter.text, shorter.length) != 0) {
+    sum.vlstr[n++] = '1';
+  }
+  return n;
+}
+
+// Writes the distance of |a| and |b|, as many digits as the longer of them. Returns whether |a| is
+// the smaller.
+bool digit_difference(bignum& difference, const Digits& a, const Digits& b) {
+  const bool swapped = compare_texts(a.text, a.length, b.text, b.length, false) < 0;
+  const Digits& upper = swapped ? b : a;
+  const Digits& lower = swapped ? a : b;
+  const int n = std::max(a.length, b.length);
+  subtract_digits(difference.vlstr, upper.text, upper.length, lower.text, lower.length);
+  std::memset(difference.vlstr + upper.length, '0', static_cast<std::size_t>(n - upper.length));
+  difference.finish(n, swapped ? 1 : 0);
+  return swapped;
+}
+
+}  // namespace
+
+int compare_digits(const char* x, const char* y) {
+  if (x == nullptr || y == nullptr) return 0;
+  const auto length = [](const char* text) { return static_cast<int>(std::strlen(text)); };
+  return compare_texts(x, length(x), y, length(y), true);
+}
+
+int compare_signed(const char* x, int x_negative, const char* y, int y_negative) {
+  if (x_negative != 0 && y_negative == 0) return -1;
+  if (x_negative == 0 && y_negative != 0) return 1;
+  return x_negative != 0 ? -compare_digits(x, y) : compare_digits(x, y);
+}
+
+int bignum::compare(const bignum& a, const bignum& b) const { return compare_values(a, b); }
+bool bignum::operator==(const bignum& b) const { return compare_values(*this, b) == 0; }
+bool bignum::operator!=(const bignum& b) const { return compare_values(*this, b) != 0; }
+bool bignum::operator<(const bignum& b) const { return compare_values(*this, b) < 0; }
+bool bignum::operator>(const bignum& b) const { return compare_values(*this, b) > 0; }
+bool bignum::operator<=(const bignum& b) const { return compare_values(*this, b) <= 0; }
+bool bignum::operator>=(const bignum& b) const { return compare_values(*this, b) >= 0; }
+
+bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
+  bignum result;
+  const Digits x(*this);
+  const Digits y(b);
+  if ((negative != 0) == (b_negative != 0)) {
+    const int n = digit_sum(result, x, y);
+    if (n > 0 && significant_length(result.vlstr, n) == 0) negative = 0;
+    result.finish(n, n > 0 ? negative : std::int16_t{0});
+  } else if (negative != 0) {
+    negative = 0;
+    digit_difference(result, y, x);
+  } else if (digit_difference(result, x, y)) {
+    negative = 1;
+  }
+  return result;
+}
+
+bignum bignum::operator+(const bignum& b) { return add_signed(b, b.negative); }
+
+bignum bignum::operator-(const bignum& b) {
+  return add_signed(b, b.negative != 0 ? std::int16_t{0} : std::int16_t{1});
+}
+
+bignum bignum::increment() { return *this + bignum(1); }
+
+bignum bignum::decrement() { return *this - bignum(1); }
+
+bool bignum::is_even() const { return length >= 1 && (vlstr[0] & 1) == 0; }
+
+}  // namespace omrel

@@ -1,0 +1,162 @@
+// bignum: a signed decimal integer of up to 6,499 digits, the value type of the engine.
+//
+// Library-wide state of the engine: the debug switch, written by the `debug` word and read by
+// division and square root (divide.cpp), the free list of digit buffers (buffers.cpp) and the
+// random generator (random.cpp).
+#pragma once
+
+#include <cstdint>
+#include <exception>
+
+namespace omrel {
+
+// Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
+// characters is refused.
+constexpr int MAX_DIGITS = 6500;
+
+// The engine's failure: an operation has no answer. Thrown for a zero divisor, and for a square
+// root of a negative number whose steps never end.
+class EngineFailure : public std::exception {
+ public:
+  const char* what() const noexcept override { return "omrel_bignum engine failure"; }
+  int code = 1;
+};
+
+// While set, division and square root write a trace of their search to standard output.
+extern std::int32_t debug_switch;
+
+// Prints the overflow report and ends the process: a value would have MAX_DIGITS digits or more.
+[[noreturn]] void overflow();
+
+// A signed decimal integer, held as a digit text and a sign flag.
+//
+// Zero has a sign flag of its own: "-0" is a value, prints as such and orders below zero. Leading
+// zeros are kept in the digit text, ignored by comparison and dropped by to_string. An empty digit
+// text counts as zero in arithmetic; it orders below zero among values of its sign. Characters
+// other than digits are kept as they are by construction, copy, comparison and text form, and
+// count as the digit 0 in arithmetic.
+//
+// Running out of memory for a digit buffer ends the process, as does a value of MAX_DIGITS digits.
+class bignum {
+ public:
+  // An empty value: no digits, not negative.
+  bignum();
+  // Reads an optional sign, then digits up to the first '.'; what follows the point is dropped.
+  // A text without a sign takes `default_sign`, an empty or null text gives an empty value.
+  // Errors: MAX_DIGITS or more characters behind the sign end the process with overflow().
+  bignum(const char* text, std::int16_t default_sign);
+  explicit bignum(int value);
+  explicit bignum(long value);
+  bignum(const bignum& b);
+  bignum(bignum&& b) noexcept;
+  ~bignum();
+
+  // Assigns and returns a copy of the assigned value. An empty `b` leaves the old characters in
+  // the buffer behind a length of 0.
+  bignum operator=(const bignum& b);
+  // Exchanges the two values.
+  void operator=(bignum&& b) noexcept;
+
+  // Returns the value as a new heap text, to be freed with free(): '-' when the sign flag is set,
+  // zero included, then the digits without leading zeros. Null when there is no memory.
+  char* to_string() const;
+
+  std::int16_t get_sign() const { return negative; }
+  void set_sign(int flag) { negative = flag != 0 ? 1 : 0; }
+
+  // Replaces the remainder text by a copy of `text`, or by none when that is null.
+  void set_remainder(const char* text);
+  // Returns the value of the remainder text, 0 when there is none.
+  bignum get_remainder() const;
+
+  // Orders by sign flag first, then by magnitude; see compare_signed.
+  bool operator==(const bignum& b) const;
+  bool operator!=(const bignum& b) const;
+  bool operator<(const bignum& b) const;
+  bool operator>(const bignum& b) const;
+  bool operator<=(const bignum& b) const;
+  bool operator>=(const bignum& b) const;
+  // Compares a with b; the object plays no part.
+  int compare(const bignum& a, const bignum& b) const;
+
+  // Return a + b and a - b, a being the object.
+  //
+  // Result:  as many digits as the longer operand, one more on a final carry; not normalised.
+  // Leaves:  b as it was; a's digits too, but its sign flag as the tables in add.cpp show.
+  // Errors:  a sum of MAX_DIGITS digits ends the process.
+  bignum operator+(const bignum& b);
+  bignum operator-(const bignum& b);
+
+  // Return the value plus and minus one, with the same effect on the object's sign flag.
+  bignum increment();
+  bignum decrement();
+
+  // Whether the lowest stored character has an even code; false for an empty value.
+  bool is_even() const;
+
+  // Returns a * b. A zero product of unlike signs is a negative zero.
+  // Result:  both lengths less one digits, one more if the top digit is not zero.
+  // Errors:  a product of MAX_DIGITS digits ends the process.
+  // Cost:    schoolbook on limbs of eight digits.
+  bignum operator*(const bignum& b) const;
+  // Returns the magnitude times a digit m from 0 to 9, never negative.
+  bignum multiply_digit(int m) const;
+  // Multiplies the magnitude by 10^n in place, n >= 1; changes nothing when the length would
+  // reach MAX_DIGITS. Returns a copy.
+  bignum shift_digits(int n);
+
+  // Returns the quotient a / d truncated toward zero. It carries the remainder as a text, unless
+  // divisor, dividend or their equality made the search needless; see divide.cpp.
+  // Errors:  a zero divisor prints a line on standard output and throws EngineFailure.
+  // Cost:    long division on limbs; with the debug switch on the traced search.
+  bignum operator/(const bignum& d) const;
+  // As operator/, but the quotient carries no remainder text, which takes half the time.
+  bignum quotient(const bignum& d) const;
+  // Returns the remainder of the magnitudes with the sign flag of the dividend, zero included.
+  // A divisor that equals 0 gives zero; one that is a negative zero fails as operator/ does.
+  bignum operator%(const bignum& b) const;
+  // Returns half the magnitude, truncated; never negative.
+  bignum div2() const;
+
+  // Ends the digits that an operation has written into vlstr, and sets the sign flag.
+  // Errors: a length of MAX_DIGITS or more ends the process with overflow().
+  void finish(int digit_count, std::int16_t sign);
+
+  // Characters in vlstr up to its NUL; `length`, unless an empty value was assigned.
+  int text_length() const;
+
+  char* vlstr;               // the digits, least significant first, then a NUL; owned
+  std::int32_t length;       // characters in vlstr
+  std::int16_t negative;     // the sign flag: 1 or 0
+  char* remainder_text;      // what the division that made this value left over, or null; owned
+  bool has_foreign = false;  // whether vlstr holds characters other than digits
+
+ private:
+  bignum add_signed(const bignum& b, std::int16_t b_negative);
+  void keep_remainder(const bignum& r);
+};
+
+// A value's digits as arithmetic reads them: a foreign character counts as the digit 0.
+class Digits {
+ public:
+  explicit Digits(const bignum& b);
+  ~Digits();
+  Digits(const Digits&) = delete;
+  void operator=(const Digits&) = delete;
+
+  const char* text;
+  int length;
+
+ private:
+  char* cleaned = nullptr;
+};
+
+// Compares two magnitudes given as digit texts: -1, 0 or 1. Leading zeros are ignored; an empty
+// text orders below one of zeros; null texts compare as equal.
+int compare_digits(const char* x, const char* y);
+
+// Compares signed values given as digit text and sign flag: a set flag orders below a clear one
+// whatever the magnitudes, so a negative zero is below zero.
+int compare_signed(const char* x, int x_negative, const char* y, int y_negative);
+
+}  // namespace omrel

@@ -1,0 +1,19 @@
+// Between values and magnitudes.
+#pragma once
+
+#include "bignum/bignum.h"
+#include "bignum/limbs.h"
+
+namespace omrel {
+
+// Reads the magnitude of a value, multiplied by 10^shift, 0 <= shift < LIMB_DIGITS.
+void load(Magnitude& m, const bignum& b, int shift = 0);
+
+// The value of a magnitude, "0" for zero, with the sign flag given.
+// Errors: MAX_DIGITS or more digits end the process with overflow().
+bignum value_of(const Magnitude& m, std::int16_t sign);
+
+// The value of m / 10^shift, which is whole; never negative.
+bignum value_of_shifted(const Magnitude& m, int shift);
+
+}  // namespace omrel

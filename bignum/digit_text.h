@@ -1,0 +1,63 @@
+// Kernels on digit texts: ASCII digits, least significant first, eight to a machine word.
+//
+// A 64-bit word loaded from a digit text holds its lowest digit in the lowest byte (the machine is
+// little-endian), so carries between digits run upwards by themselves. With a bias of 6 in every
+// byte, ten becomes a full byte: 0x36 + 0x36 -> adding 7 and 8 as the bytes '7' + '8' + 0x96 =
+// 0x105 leaves 5 and carries 1 into the next digit.
+//
+// Lengths count digits. Texts passed here hold digits only. Kernels may read and write up to
+// seven bytes past the end of a text that lies in a digit buffer, which has the room.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace omrel {
+
+constexpr std::uint64_t ASCII_ZEROS = 0x3030303030303030;
+
+inline std::uint64_t load_word(const char* text) {
+  std::uint64_t word;
+  std::memcpy(&word, text, sizeof word);
+  return word;
+}
+
+inline void store_word(char* text, std::uint64_t word) { std::memcpy(text, &word, sizeof word); }
+
+// The word at the end of a text, `count` digits of which are left (0 <= count < 8); '0' beyond.
+inline std::uint64_t load_tail(const char* text, int count) {
+  const std::uint64_t mask = (std::uint64_t{1} << (8 * count)) - 1;
+  return (load_word(text) & mask) | (ASCII_ZEROS & ~mask);
+}
+
+// Whether each byte of the word is a digit.
+inline bool all_digits(std::uint64_t word) {
+  const std::uint64_t value = word ^ ASCII_ZEROS;  // 0..9 in each byte, or the byte is foreign
+  return ((value | (value + 0x7676767676767676)) & 0x8080808080808080) == 0;
+}
+
+// Copies n characters in reverse order. The source is read within its n characters; the
+// destination may be written up to seven bytes further. Returns whether all are digits.
+bool reverse_into_buffer(char* buffer, const char* text, int n);
+
+// Copies n characters of a digit buffer in reverse order; writes exactly n.
+void reverse_from_buffer(char* text, const char* buffer, int n);
+
+// The length without leading zeros, 0 for a text of zeros.
+int significant_length(const char* text, int length);
+
+// Compares two texts without leading zeros: -1, 0 or 1.
+int compare_significant(const char* x, int x_length, const char* y, int y_length);
+
+// Writes x + y, x_length >= y_length digits; returns the final carry. The destination may be x.
+int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
+
+// Writes x - y for x >= y, as many digits as x has; y may have more, then zeros. The destination
+// may be x.
+void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
+
+// Writes half of x, truncated, and returns the significant length.
+int halve_digits(char* half, const char* x, int length);
+
+}  // namespace omrel

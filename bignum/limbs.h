@@ -1,0 +1,74 @@
+// Unsigned magnitudes on limbs of eight decimal digits, where everything above addition is done.
+//
+// A magnitude knows no sign and no text beyond load and store. Its callers see to the limits: an
+// operand has at most MAX_DIGITS digits, and a product that has more is reported, not computed.
+#pragma once
+
+#include "bignum/rows.h"
+
+namespace omrel {
+
+constexpr int LIMB_DIGITS = 8;
+constexpr Limb LIMB_BASE = 100'000'000;
+
+// Room for 6,500 digits and up to seven more by which both operands of a division are shifted,
+// and for an even product's top limb.
+constexpr int MAX_LIMBS = 816;
+
+// A magnitude: limbs from the least significant, the top one not zero; zero has none.
+//
+// The limbs around the number's own are zero as far as add_rows reads: ROW_PADDING below, kept so
+// for ever, and ROW_PADDING above, as set_count leaves them. The rest is not initialised.
+class Magnitude {
+ public:
+  Magnitude() : Magnitude(0) {}
+  explicit Magnitude(Limb value);  // below LIMB_BASE * LIMB_BASE
+  Magnitude(const Magnitude& m);
+  Magnitude& operator=(const Magnitude& m);
+
+  Limb* limb() { return storage + ROW_PADDING; }
+  const Limb* limb() const { return storage + ROW_PADDING; }
+  int count() const { return limb_count; }
+  bool is_zero() const { return limb_count == 0; }
+
+  // Ends the number at its highest non-zero limb below `at_most`, and clears the padding above.
+  void set_count(int at_most);
+
+ private:
+  int limb_count = 0;
+  Limb storage[MAX_LIMBS + 2 * ROW_PADDING];
+};
+
+// Reads a digit text, multiplied by 10^shift, 0 <= shift < LIMB_DIGITS.
+void load(Magnitude& m, const char* digits, int length, int shift);
+
+// Writes the digits, least significant first, whole limbs of them, and returns their count
+// without leading zeros: 0 for zero.
+int store(char* digits, const Magnitude& m);
+
+// Decimal digits in the number, 0 for zero.
+int digit_count(const Magnitude& m);
+
+// -1, 0 or 1 as a is less than, equal to or greater than b.
+int compare(const Magnitude& a, const Magnitude& b);
+
+// a += b; a -= b for b <= a; a /= 2; a = a * m + addend for m and addend below 2^32.
+void add(Magnitude& a, const Magnitude& b);
+void subtract(Magnitude& a, const Magnitude& b);
+void halve(Magnitude& a);
+void multiply_add(Magnitude& a, Limb m, Limb addend);
+
+// product = a * b, another object than either. False when it has more than MAX_LIMBS limbs: then
+// the product is left unspecified.
+bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b);
+
+// q = a / d truncated and r = a - q * d, all four different objects.
+//
+// Operands: d's top limb is at least LIMB_BASE / 10; load both with the shift that makes it so,
+//           and r comes out shifted as well.
+void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d);
+
+// q = a / d as divide, without the remainder: skips the products that cannot reach the quotient.
+void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d);
+
+}  // namespace omrel

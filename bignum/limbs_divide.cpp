@@ -1,0 +1,156 @@
+// Long division on limbs (Knuth, The Art of Computer Programming, vol. 2, 4.3.1, algorithm D) with
+// three changes.
+//
+// A quotient limb comes from floating point: the leading part H of the remainder, exact in an
+// integer, plus the next two columns, times the reciprocal of the divisor's leading limbs. The
+// error is below 10^-6, which is taken off first, so an estimate is never too large, and too small
+// by at most one, hardly ever. Nothing is corrected on the way: a remainder just above the divisor
+// makes the next quotient limb just above LIMB_BASE, which one carry pass at the end puts right,
+// together with at most one more subtraction of the divisor.
+//
+// The remainder is kept as columns that are not normalised, negated, so that subtracting a row is
+// adding one: columns = q * d - a. Four quotient limbs are found from the top columns alone, then
+// their four rows are added in one go.
+//
+// The divisor's top limb is at least LIMB_BASE / 10 because both operands are loaded with a shift
+// by decimal digits. So H, of the order of a product of two limbs, resolves the quotient limb.
+#include <algorithm>
+#include <cassert>
+
+#include "bignum/limbs.h"
+
+namespace omrel {
+namespace {
+
+using SignedLimb = std::int64_t;
+
+constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
+constexpr double ESTIMATE_BIAS = 1e-6;
+constexpr int TOP = 6;           // leading divisor limbs that a group of four estimates reads
+constexpr int GUARD_LIMBS = 4;   // columns below the divisor's top whose carries may be ignored
+
+class LongDivision {
+ public:
+  LongDivision(Magnitude& quotient, const Magnitude& a, const Magnitude& divisor)
+      : q(quotient), d(divisor), position_count(a.count() - divisor.count() + 1) {
+    assert(d.limb()[d.count() - 1] >= LIMB_BASE / 10);
+    for (int s = 0; s < TOP; ++s) top[s] = d.limb()[d.count() - 1 - s];
+    reciprocal = 1.0 / (leading(top[0], top[1], top[2]));
+    std::fill_n(storage, ROW_PADDING, 0);
+    for (int i = 0; i < a.count(); ++i) columns()[i] = 0 - a.limb()[i];
+    std::fill_n(columns() + a.count(), ROW_PADDING, 0);
+    std::fill_n(q.limb(), position_count + ROW_PADDING, 0);
+    head = a.limb()[a.count() - 1];
+  }
+
+  // Finds all quotient limbs; rows below column `cut` are left out. Leaves the remainder's ratio
+  // to the divisor, to within 10^-5.
+  void run(int cut) {
+    for (int j = (position_count - 1) / ROWS * ROWS; j >= 0; j -= ROWS) {
+      find_limbs(j);
+      const int skipped = std::clamp(cut - j, 0, d.count());
+      add_rows(columns() + j + skipped, d.limb() + skipped, d.count() - skipped, q.limb() + j);
+    }
+  }
+
+  // Whether the remainder is certainly below the divisor.
+  bool is_settled() const { return ratio < 1 - 1e-5; }
+
+  // Turns the columns into the remainder, below twice the divisor.
+  void remainder(Magnitude& r) const {
+    constexpr Limb OFFSET = Limb{1} << 37;  // OFFSET * LIMB_BASE is above any column's magnitude
+    const int count = std::min(d.count() + 1, MAX_LIMBS);
+    Limb carry = 0;
+    for (int i = 0; i < count; ++i) {
+      const Limb total = OFFSET * LIMB_BASE + carry - columns()[i];
+      carry = total / LIMB_BASE - OFFSET;
+      r.limb()[i] = total % LIMB_BASE;
+    }
+    r.set_count(count);
+  }
+
+ private:
+  static double leading(Limb x0, Limb x1, Limb x2) {
+    return static_cast<double>(x0) + static_cast<double>(x1) * PER_LIMB +
+           static_cast<double>(x2) * (PER_LIMB * PER_LIMB);
+  }
+
+  // The estimate of H + (next + after / LIMB_BASE) / LIMB_BASE over the divisor.
+  double estimate(SignedLimb next, SignedLimb after) const {
+    const double low = static_cast<double>(next) + static_cast<double>(after) * PER_LIMB;
+    return (static_cast<double>(static_cast<SignedLimb>(head)) + low * PER_LIMB) * reciprocal;
+  }
+
+  // Finds the limbs at positions j + 3 to j (fewer at the quotient's top) from the top columns.
+  //
+  // At position p the head is the remainder's columns from p + d.count() - 1 up, as one integer.
+  // near[m] is the remainder's column m places below them at the group's first position, with the
+  // rows of this group so far. Arithmetic is modulo 2^64; what is read is small enough.
+  void find_limbs(int j) {
+    const int first = std::min(j + ROWS, position_count) - 1;
+    Limb near[ROWS + 1];
+    const Limb* next = columns() + first + d.count() - 2;
+    for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
+    for (int k = 0; first - k >= j; ++k) {
+      const double guess = estimate(static_cast<SignedLimb>(near[k]),
+                                    static_cast<SignedLimb>(near[k + 1])) - ESTIMATE_BIAS;
+      const Limb limb = guess > 0 ? static_cast<Limb>(static_cast<SignedLimb>(guess)) : 0;
+      q.limb()[first - k] = limb;
+      head = (head - limb * top[0]) * LIMB_BASE + near[k] - limb * top[1];
+      for (int m = k + 1; m <= ROWS; ++m) near[m] -= limb * top[m - k + 1];
+      ratio = estimate(static_cast<SignedLimb>(near[k + 1]), 0) * PER_LIMB;
+    }
+  }
+
+  Limb* columns() { return storage + ROW_PADDING; }
+  const Limb* columns() const { return storage + ROW_PADDING; }
+
+  Magnitude& q;
+  const Magnitude& d;
+  const int position_count;
+  Limb top[TOP];
+  double reciprocal;
+  Limb head;
+  double ratio = 0;
+  Limb storage[MAX_LIMBS + 3 * ROW_PADDING];
+};
+
+// q limbs are below 2 * LIMB_BASE.
+void carry_quotient(Magnitude& q, int count, Limb carry) {
+  for (int i = 0; i < count; ++i) {
+    const Limb total = q.limb()[i] + carry;
+    carry = total >= LIMB_BASE ? 1 : 0;
+    q.limb()[i] = total - (carry != 0 ? LIMB_BASE : 0);
+  }
+  assert(carry == 0);
+  q.set_count(count);
+}
+
+}  // namespace
+
+void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d) {
+  if (a.count() < d.count()) {
+    q = Magnitude();
+    r = a;
+    return;
+  }
+  LongDivision division(q, a, d);
+  division.run(0);
+  division.remainder(r);
+  const bool one_more = compare(r, d) >= 0;
+  if (one_more) subtract(r, d);
+  assert(compare(r, d) < 0);
+  carry_quotient(q, a.count() - d.count() + 1, one_more ? 1 : 0);
+}
+
+void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d) {
+  if (a.count() >= d.count()) {
+    LongDivision division(q, a, d);
+    division.run(d.count() - 1 - GUARD_LIMBS);
+    if (division.is_settled()) return carry_quotient(q, a.count() - d.count() + 1, 0);
+  }
+  Magnitude r;
+  divide(q, r, a, d);
+}
+
+}  // namespace omrel

@@ -1,0 +1,164 @@
+// Construction, copy, assignment and text form of bignum, and its fatal conditions.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "bignum/bignum.h"
+#include "bignum/buffers.h"
+#include "bignum/digit_text.h"
+#include "support/console.h"
+#include "support/line_marker.h"
+#include "support/text.h"
+
+namespace omrel {
+namespace {
+
+// A copy of a remainder text, which is never given up silently: the answer of a later operation
+// would be wrong.
+char* owned_copy(const char* text) {
+  if (text == nullptr) return nullptr;
+  const std::size_t length = std::strlen(text);
+  char* copy = static_cast<char*>(std::malloc(length + 1));
+  if (copy == nullptr) out_of_memory();
+  return copy_text_n(copy, text, length);
+}
+
+// Writes the decimal digits of a magnitude, least significant first; 0 has one digit.
+int write_digits(char* digits, unsigned long magnitude) {
+  int count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude != 0);
+  return count;
+}
+
+}  // namespace
+
+void overflow() {
+  std::printf("ERROR Overflow in big number > %i digits\n", MAX_DIGITS);
+  fatal_exit("Fatal error in big number constructor", 0);
+}
+
+bignum::bignum() : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
+  vlstr[0] = '\0';
+}
+
+bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
+  mark_line();
+  if (text == nullptr || *text == '\0') return;
+  negative = default_sign;
+  if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
+  const std::size_t rest = std::strlen(text);
+  if (rest >= MAX_DIGITS) overflow();
+  const void* point = std::memchr(text, '.', rest);
+  length = static_cast<int>(point == nullptr ? rest : static_cast<const char*>(point) - text);
+  has_foreign = !reverse_into_buffer(vlstr, text, length);
+  vlstr[length] = '\0';
+}
+
+bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
+
+bignum::bignum(long value) : bignum() {
+  const auto bits = static_cast<unsigned long>(value);
+  finish(write_digits(vlstr, value < 0 ? 0 - bits : bits), value < 0 ? 1 : 0);
+}
+
+bignum::bignum(const bignum& b)
+    : vlstr(acquire_digits()),
+      length(b.length),
+      negative(b.negative),
+      remainder_text(owned_copy(b.remainder_text)),
+      has_foreign(b.has_foreign) {
+  std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b.text_length()) + 1);
+}
+
+bignum::bignum(bignum&& b) noexcept
+    : vlstr(std::exchange(b.vlstr, nullptr)),
+      length(std::exchange(b.length, 0)),
+      negative(std::exchange(b.negative, std::int16_t{0})),
+      remainder_text(std::exchange(b.remainder_text, nullptr)),
+      has_foreign(b.has_foreign) {}
+
+bignum::~bignum() {
+  mark_line();
+  release_digits(std::exchange(vlstr, nullptr));
+  free_and_null(&remainder_text);
+  length = 0;
+  negative = 0;
+}
+
+bignum bignum::operator=(const bignum& b) {
+  if (this != &b) {
+    const int b_length = b.text_length();
+    if (b_length > 0) std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b_length) + 1);
+    set_remainder(b.remainder_text);
+    negative = b.negative;
+    length = b.length;
+    has_foreign = b.has_foreign;
+  }
+  return *this;
+}
+
+void bignum::operator=(bignum&& b) noexcept {
+  std::swap(vlstr, b.vlstr);
+  std::swap(length, b.length);
+  std::swap(negative, b.negative);
+  std::swap(remainder_text, b.remainder_text);
+  std::swap(has_foreign, b.has_foreign);
+}
+
+void bignum::finish(int digit_count, std::int16_t sign) {
+  if (digit_count >= MAX_DIGITS) overflow();
+  vlstr[digit_count] = '\0';
+  length = digit_count;
+  negative = sign;
+  has_foreign = false;
+}
+
+int bignum::text_length() const {
+  const bool ends_at_length = vlstr[length] == '\0' && (length == 0 || vlstr[length - 1] != '\0');
+  return ends_at_length ? length : static_cast<int>(std::strlen(vlstr));
+}
+
+char* bignum::to_string() const {
+  const int digit_count = vlstr == nullptr ? 0 : significant_length(vlstr, text_length());
+  const int shown = std::max(digit_count, 1);
+  const int sign = negative != 0 ? 1 : 0;
+  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(shown + sign + 1)));
+  if (text == nullptr) return nullptr;
+  text[0] = '-';
+  text[sign] = '0';
+  reverse_from_buffer(text + sign, vlstr, digit_count);
+  text[sign + shown] = '\0';
+  return text;
+}
+
+void bignum::set_remainder(const char* text) {
+  char* copy = owned_copy(text);
+  free_and_null(&remainder_text);
+  remainder_text = copy;
+}
+
+bignum bignum::get_remainder() const {
+  if (remainder_text == nullptr || *remainder_text == '\0') return bignum(0);
+  return bignum(remainder_text, 0);
+}
+
+Digits::Digits(const bignum& b) : text(b.vlstr), length(b.length) {
+  if (!b.has_foreign) return;
+  cleaned = acquire_digits();
+  for (int i = 0; i < length; ++i) {
+    const char c = b.vlstr[i];
+    cleaned[i] = c >= '0' && c <= '9' ? c : '0';
+  }
+  text = cleaned;
+}
+
+Digits::~Digits() {
+  if (cleaned != nullptr) release_digits(cleaned);
+}
+
+}  // namespace omrel
