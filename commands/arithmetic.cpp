@@ -1,0 +1,97 @@
+// The four operations, the remainder, comparisons and the logical words.
+#include "commands/operator_table.h"
+#include "plugin/host_link.h"
+#include "support/line_marker.h"
+
+namespace omrel {
+namespace {
+
+// Whether the divisor is refused: equal to 0 as comparison sees it, so not "-0".
+bool refused(const Call& call, const bignum& divisor) {
+  if (divisor != bignum(0)) return false;
+  set_result(call.interp, "0");
+  report_exception(call.name(), "Division by zero");
+  return true;
+}
+
+}  // namespace
+
+int op_add(const Call& call) {
+  mark_line();
+  bignum a = number(call, 2);
+  return hand_over(call, a + number(call, 3));
+}
+
+int op_subtract(const Call& call) {
+  mark_line();
+  bignum a = number(call, 2);
+  return hand_over(call, a - number(call, 3));
+}
+
+int op_multiply(const Call& call) {
+  mark_line();
+  return hand_over(call, number(call, 2) * number(call, 3));
+}
+
+int op_divide(const Call& call) {
+  mark_line();
+  const bignum a = number(call, 2);
+  const bignum b = number(call, 3);
+  return refused(call, b) ? 1 : hand_over(call, a.quotient(b));
+}
+
+int op_remainder(const Call& call) {
+  mark_line();
+  const bignum a = number(call, 2);
+  const bignum b = number(call, 3);
+  return refused(call, b) ? 1 : hand_over(call, a % b);
+}
+
+int op_equal(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) == number(call, 3));
+}
+
+int op_not_equal(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) != number(call, 3));
+}
+
+int op_greater(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) > number(call, 3));
+}
+
+int op_less(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) < number(call, 3));
+}
+
+int op_not_less(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) >= number(call, 3));
+}
+
+int op_not_greater(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) <= number(call, 3));
+}
+
+// A negative zero is not equal to 0, so it counts as true. Both operands are always read.
+int op_both(const Call& call) {
+  mark_line();
+  const bignum zero(0);
+  const bignum a = number(call, 2);
+  const bignum b = number(call, 3);
+  return hand_over_truth(call, a != zero && b != zero);
+}
+
+int op_either(const Call& call) {
+  mark_line();
+  const bignum zero(0);
+  const bignum a = number(call, 2);
+  const bignum b = number(call, 3);
+  return hand_over_truth(call, a != zero || b != zero);
+}
+
+}  // namespace omrel

@@ -1,0 +1,44 @@
+#include "commands/call.h"
+
+#include "plugin/host_link.h"
+#include "support/text.h"
+
+namespace omrel {
+namespace {
+
+bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+}  // namespace
+
+const char* Call::text(int i) const {
+  return i < count && texts[i] != nullptr ? texts[i] : "";
+}
+
+bignum number(const Call& call, int i) { return bignum(call.text(i), 0); }
+
+std::int32_t count_of(const char* text) {
+  while (is_space(*text)) ++text;
+  const bool negative = *text == '-';
+  if (*text == '-' || *text == '+') ++text;
+  std::uint32_t value = 0;  // modulo 2^32
+  for (; *text >= '0' && *text <= '9'; ++text) {
+    value = value * 10 + static_cast<std::uint32_t>(*text - '0');
+  }
+  return static_cast<std::int32_t>(negative ? 0 - value : value);
+}
+
+int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
+  const HeapText text(answer.to_string());
+  const bool made = text != nullptr && *text != '\0';
+  set_result(call.interp, made ? text.get() : fallback);
+  return made ? 0 : fallback_code;
+}
+
+int hand_over(const Call& call, const bignum& answer) { return hand_over(call, answer, "0", 1); }
+
+int hand_over_truth(const Call& call, bool truth) {
+  set_result(call.interp, truth ? "1" : "0");
+  return 0;
+}
+
+}  // namespace omrel
