@@ -1,0 +1,256 @@
+#include "tests/recording_host.h"
+
+#include "plugin/host_link.h"
+#include "support/console.h"
+#include "support/line_marker.h"
+#include "tests/recording_platform.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+namespace omrel::test {
+namespace {
+
+// The host whose call is running; callbacks that get no interpreter find it here.
+RecordingHost* current = nullptr;
+
+std::string read_from_start(int descriptor) {
+  std::string text(static_cast<std::size_t>(::lseek(descriptor, 0, SEEK_END)), '\0');
+  const ssize_t byte_count = ::pread(descriptor, text.data(), text.size(), 0);
+  EXPECT_EQ(byte_count, static_cast<ssize_t>(text.size()));
+  return text;
+}
+
+// Sends standard output to a file for the object's lifetime.
+class OutputToFile {
+ public:
+  explicit OutputToFile(int file) {
+    std::fflush(stdout);
+    saved = ::dup(STDOUT_FILENO);
+    ::dup2(file, STDOUT_FILENO);
+  }
+  ~OutputToFile() {
+    std::fflush(stdout);
+    ::dup2(saved, STDOUT_FILENO);
+    ::close(saved);
+  }
+  OutputToFile(const OutputToFile&) = delete;
+  OutputToFile& operator=(const OutputToFile&) = delete;
+
+ private:
+  int saved;
+};
+
+std::string printable(const Words& words) {
+  std::string text;
+  for (const std::string& word : words) text += "{" + word + "} ";
+  return text;
+}
+
+HostCommand* some_command() {
+  static int record;
+  return reinterpret_cast<HostCommand*>(&record);
+}
+
+}  // namespace
+
+std::string capture_output(const std::function<void()>& function) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), &std::fclose);
+  {
+    const OutputToFile redirected(::fileno(file.get()));
+    function();
+  }
+  return read_from_start(::fileno(file.get()));
+}
+
+ChildOutcome run_in_child(const std::function<int()>& function) {
+  int status = 0;
+  const std::string output = capture_output([&] {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const int code = function();
+      std::fflush(stdout);
+      ::_exit(code);
+    }
+    ::waitpid(child, &status, 0);
+  });
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), output};
+}
+
+ChildOutcome run_in_child(const Words& words) {
+  return run_in_child([&words] { return RecordingHost().call(words); });
+}
+
+std::string without_line_numbers(const std::string& text) {
+  static const std::string MARK = "line ";
+  std::string masked = text;
+  for (std::size_t at = masked.find(MARK); at != std::string::npos; at = masked.find(MARK, at)) {
+    at += MARK.size();
+    const std::size_t end = masked.find_first_not_of("0123456789", at);
+    if (end != at) masked.replace(at, end - at, "#");
+  }
+  return masked;
+}
+
+// The functions that the library calls.
+struct RecordingHost::Callbacks {
+  static RecordingHost& host_of(void* interp) {
+    EXPECT_EQ(interp, current) << "a callback got another interpreter";
+    return *current;
+  }
+  static std::string name_of(HostVar* var) {
+    return var == nullptr ? "(null)" : static_cast<Variable*>(var)->name;
+  }
+  static std::string text_of(const char* text) { return text == nullptr ? "(null)" : text; }
+
+  static HostVar* getVar(void* interp, const char* name, int minus_one) {
+    RecordingHost& self = host_of(interp);
+    self.record_call("getVar", text_of(name) + " " + std::to_string(minus_one));
+    const auto found = self.variables.find(text_of(name));
+    return found == self.variables.end() ? nullptr : found->second.get();
+  }
+  static int setVar(void* interp, const char* name, const char* value, int minus_one) {
+    RecordingHost& self = host_of(interp);
+    self.record_call("setVar",
+                     text_of(name) + " " + text_of(value) + " " + std::to_string(minus_one));
+    if (self.set_var_status == 0) self.set(text_of(name), text_of(value));
+    return self.set_var_status;
+  }
+  static void setVarValue(HostVar* var, const char* value, int zero) {
+    current->record_call("setVarValue",
+                         name_of(var) + " " + text_of(value) + " " + std::to_string(zero));
+    current->own_value(*static_cast<Variable*>(var), value);
+  }
+  static void freeVarValue(HostVar* var) {
+    current->record_call("freeVarValue", name_of(var));
+    current->release_value(var->value);
+    var->value = nullptr;
+  }
+  static HostCommand* getCommand(void* interp, const char* name) {
+    RecordingHost& self = host_of(interp);
+    self.record_call("getCommand", text_of(name));
+    return self.commands.count(text_of(name)) != 0 ? some_command() : nullptr;
+  }
+  static void setResult(void* interp, const char* text, int zero) {
+    RecordingHost& self = host_of(interp);
+    self.record_call("setResult", text_of(text) + " " + std::to_string(zero));
+    self.result = text_of(text);
+  }
+  static void freeValue(char* value) {
+    current->record_call("freeValue", text_of(value));
+    current->release_value(value);
+  }
+  static void unused() { ADD_FAILURE() << "an unused callback was called"; }
+};
+
+RecordingHost::RecordingHost() {
+  recording_platform = {};
+  console_output = platform::NO_HANDLE;
+  console_ready = false;
+  line_marker = 0;
+  host_linked = true;
+}
+
+RecordingHost::~RecordingHost() {
+  host = {};
+  for (const auto& [name, variable] : variables) std::free(variable->value);
+}
+
+void RecordingHost::unlink() { host_linked = false; }
+
+void RecordingHost::set(const std::string& name, const std::optional<std::string>& value) {
+  std::unique_ptr<Variable>& variable = variables[name];
+  if (variable == nullptr) {
+    variable = std::make_unique<Variable>();
+    variable->name = name;
+  } else {
+    release_value(variable->value);
+  }
+  own_value(*variable, value ? value->c_str() : nullptr);
+}
+
+std::optional<std::string> RecordingHost::get(const std::string& name) const {
+  const auto found = variables.find(name);
+  if (found == variables.end() || found->second->value == nullptr) return std::nullopt;
+  return found->second->value;
+}
+
+Outcome RecordingHost::run(const Words& words) {
+  int code = -1;
+  const std::string output = capture_output([&] { code = call(words); });
+  return {code, result, without_line_numbers(output), calls};
+}
+
+int RecordingHost::call(const Words& words) {
+  std::vector<const char*> argv;
+  for (const std::string& word : words) argv.push_back(word.c_str());
+  argv.push_back(nullptr);
+  const bool is_bigtest = !words.empty() && words[0] == "bigtest";
+  const OmrelCommand command = is_bigtest ? &quarnCommandBigTest : &quarnCommandBigNum;
+  current = this;
+  calls.clear();
+  result.reset();
+  hand_over();
+  const int code = command(this, static_cast<int>(words.size()), argv.data(), nullptr);
+  check_outstanding(words);
+  return code;
+}
+
+void RecordingHost::hand_over() const {
+  const auto unless_null = [this](const char* name, auto callback) {
+    const bool is_null = null_callbacks.count("all") + null_callbacks.count(name) != 0;
+    return is_null ? nullptr : callback;
+  };
+  // Every second unused callback is null, the others fail the test when called.
+  const OmrelUnused none = nullptr;
+  const OmrelUnused unused = unless_null("unused", &Callbacks::unused);
+  _export_common_routines(
+      unless_null("getVar", &Callbacks::getVar), unless_null("setVar", &Callbacks::setVar),
+      unless_null("setVarValue", &Callbacks::setVarValue),
+      unless_null("freeVarValue", &Callbacks::freeVarValue), unused, none,
+      unless_null("getCommand", &Callbacks::getCommand), unused, none,
+      unless_null("setResult", &Callbacks::setResult), unused,
+      unless_null("freeValue", &Callbacks::freeValue), unused, none, unused, none, unused);
+}
+
+void RecordingHost::record_call(const char* callback, const std::string& arguments) {
+  calls.push_back(std::string(callback) + " " + arguments);
+  if (throwing_callback == callback) throw std::runtime_error("thrown by the host");
+}
+
+void RecordingHost::own_value(Variable& variable, const char* value) {
+  variable.value = value == nullptr ? nullptr : ::strdup(value);
+  if (value != nullptr) ++outstanding;
+}
+
+void RecordingHost::release_value(char* value) {
+  if (value != nullptr) --outstanding;
+  std::free(value);
+}
+
+// A text overwritten or dropped without its release leaves one too many, a double release one too
+// few.
+void RecordingHost::check_outstanding(const Words& words) const {
+  int held = 0;
+  for (const auto& [name, variable] : variables) held += variable->value != nullptr ? 1 : 0;
+  EXPECT_EQ(outstanding, held) << "value texts not released by " << printable(words);
+}
+
+void expect_calls(const std::vector<Call>& table) {
+  for (const Call& call : table) {
+    RecordingHost test_host;
+    const Outcome outcome = test_host.run(call.words);
+    const std::string words = printable(call.words);
+    EXPECT_EQ(outcome.result, call.result) << words;
+    EXPECT_EQ(outcome.code, call.code) << words;
+    EXPECT_EQ(outcome.output, call.output) << words;
+  }
+}
+
+}  // namespace omrel::test

@@ -1,0 +1,109 @@
+// A host for tests: keeps variables and commands by name, records every callback, and fails the
+// test when a value text is outstanding. With it, what tables of calls need.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "plugin/omrel_plugin.h"
+
+namespace omrel::test {
+
+// Runs the function and returns what it wrote to standard output.
+std::string capture_output(const std::function<void()>& function);
+
+struct ChildOutcome {
+  int status;  // exit status; minus the signal's number when one ended the child
+  std::string output;
+};
+
+// Runs the function in a child process that exits with its result, unless the function ends the
+// process itself. Within it use RecordingHost::call, since run keeps the output to itself.
+ChildOutcome run_in_child(const std::function<int()>& function);
+
+// The text with the number behind each "line " replaced by '#', since it is our source's.
+std::string without_line_numbers(const std::string& text);
+
+using Words = std::vector<std::string>;
+
+// Calls the command words[0] on a fresh host in a child process.
+ChildOutcome run_in_child(const Words& words);
+
+struct Outcome {
+  int code;
+  std::optional<std::string> result;  // none: the command left the result as it was
+  std::string output;                 // standard output, marks included, without line numbers
+  std::vector<std::string> calls;     // the callbacks: "getVar x -1", "setVarValue x 15 0"
+};
+
+class RecordingHost {
+ public:
+  // A host with the five commands, whose link check is over. Puts the library's console, its line
+  // marker and the recording platform back to their start.
+  RecordingHost();
+
+  // Withdraws the callbacks.
+  ~RecordingHost();
+  RecordingHost(const RecordingHost&) = delete;
+  RecordingHost& operator=(const RecordingHost&) = delete;
+
+  // The variable now exists, with a copy of the value or with a null value text.
+  void set(const std::string& name, const std::optional<std::string>& value);
+
+  // The variable's value text; none when it is null or there is no such variable.
+  std::optional<std::string> get(const std::string& name) const;
+  bool has(const std::string& name) const { return variables.count(name) != 0; }
+
+  // The address of the variable's record.
+  const HostVar* record(const std::string& name) const { return variables.at(name).get(); }
+
+  // Calls the command words[0]: bigtest, else big under that name.
+  Outcome run(const Words& words);
+
+  // The same, but leaves standard output alone and returns the command's code only.
+  int call(const Words& words);
+
+  // The library's next call repeats the link check.
+  static void unlink();
+
+  // Settings, read when a call runs.
+  std::set<std::string> commands{"eval", "vars", "subst", "set", "expr"};
+  std::set<std::string> null_callbacks;  // by name: handed over as null; "all": none handed over
+  std::string throwing_callback;         // by name: recorded, then throws
+  int set_var_status = 0;                // not 0: setVar refuses
+
+ private:
+  struct Variable : HostVar {
+    std::string name;
+  };
+  struct Callbacks;
+
+  void hand_over() const;
+  void record_call(const char* callback, const std::string& arguments);
+  void own_value(Variable& variable, const char* value);
+  void release_value(char* value);
+  void check_outstanding(const Words& words) const;
+
+  std::map<std::string, std::unique_ptr<Variable>> variables;
+  std::optional<std::string> result;
+  std::vector<std::string> calls;
+  int outstanding = 0;  // value texts allocated and not yet released
+};
+
+// One row of a table of calls, each run on a fresh host.
+struct Call {
+  Words words;
+  std::optional<std::string> result{};
+  int code = 0;
+  std::string output{};
+};
+constexpr std::nullopt_t UNTOUCHED = std::nullopt;
+
+void expect_calls(const std::vector<Call>& calls);
+
+}  // namespace omrel::test
