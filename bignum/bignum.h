@@ -118,6 +118,53 @@ class bignum {
   // Returns half the magnitude, truncated; never negative.
   bignum div2() const;
 
+  // Returns x to the power n: 1 for n = 0, x itself for a negative n.
+  // Errors: a power of MAX_DIGITS digits ends the process, at once; so for the next three.
+  static bignum pow(const bignum& x, std::int32_t n);
+  // Returns 2 to the power n, 1 for a negative n.
+  static bignum pow2(const bignum& n);
+  // Returns n factorial, 1 for a negative n.
+  static bignum fact(std::int32_t n);
+  // Returns the n-th Fibonacci number, 1 for a negative n.
+  static bignum fib(std::int32_t n);
+  // Returns the largest value whose square does not exceed n, for n >= 0.
+  // Negative n: what Newton's steps lead to, a root of no use; see power.cpp.
+  // Errors:     steps that meet a zero divisor fail as operator/ does, steps that circle throw
+  //             EngineFailure.
+  static bignum sqrt(const bignum& n);
+  // Return a copy of the larger and of the smaller value, of b when they are equal.
+  static bignum max(const bignum& a, const bignum& b);
+  static bignum min(const bignum& a, const bignum& b);
+
+  // Returns the binary digits of x, most significant first, as a new heap text to be freed with
+  // free(): "0" for zero. Null for a value without a binary form (negative, negative zero, no
+  // digits) and when there is no memory.
+  static char* inttobin(const bignum& x);
+  // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
+  // counts as a zero; a null text is 0.
+  // Errors: as pow.
+  static bignum bintoint(const char* text);
+  // Bitwise operations on values with a binary form. If one operand has none, the answer is the
+  // other; if neither has, & and | and ^ answer as the comments in binary.cpp say.
+  bignum operator|(const bignum& b) const;
+  bignum operator&(const bignum& b) const;
+  bignum operator^(const bignum& b) const;
+  // Returns the complement over the value's own bits, so ~12 is 3; 0 without a binary form.
+  bignum operator~() const;
+  // Return the magnitude times 2^n, or divided by it and truncated, n >= 1; never negative.
+  // Errors: as pow.
+  bignum shift_left(std::int32_t n) const;
+  bignum shift_right(std::int32_t n) const;
+  // Returns twice the magnitude; never negative.
+  bignum mul2() const;
+  // Drops the lowest digit in place, keeping the sign flag, and returns a copy.
+  bignum div10();
+
+  // Sets the digits of the object to those of a random value from low to high and returns it; its
+  // sign flag stays. See random.cpp for how values are drawn: not evenly in general, and not at
+  // all when no draw falls between the bounds, which makes the object 0 and returns low.
+  bignum rnd(const bignum& low, const bignum& high);
+
   // Ends the digits that an operation has written into vlstr, and sets the sign flag.
   // Errors: a length of MAX_DIGITS or more ends the process with overflow().
   void finish(int digit_count, std::int16_t sign);

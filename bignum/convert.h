@@ -6,14 +6,14 @@
 
 namespace omrel {
 
-// Reads the magnitude of a value, multiplied by 10^shift, 0 <= shift < LIMB_DIGITS.
+// Reads the magnitude of a value, multiplied by 10^shift.
 void load(Magnitude& m, const bignum& b, int shift = 0);
 
 // The value of a magnitude, "0" for zero, with the sign flag given.
 // Errors: MAX_DIGITS or more digits end the process with overflow().
 bignum value_of(const Magnitude& m, std::int16_t sign);
 
-// The value of m / 10^shift, which is whole; never negative.
+// The value of m / 10^shift, truncated; never negative.
 bignum value_of_shifted(const Magnitude& m, int shift);
 
 }  // namespace omrel

@@ -50,7 +50,8 @@ Shortcut shortcut(const bignum& a, const bignum& d) {
 // divisor's top limb.
 struct Aligned {
   Aligned(const bignum& dividend, const bignum& divisor)
-      : a_text(dividend), d_text(divisor),
+      : a_text(dividend),
+        d_text(divisor),
         a_length(significant_length(a_text.text, a_text.length)),
         d_length(significant_length(d_text.text, d_text.length)),
         shift((LIMB_DIGITS - d_length % LIMB_DIGITS) % LIMB_DIGITS) {
@@ -68,8 +69,7 @@ struct Aligned {
 };
 
 void traced_divide(Magnitude& q, Magnitude& r, const Aligned& x) {
-  const bool exact =
-      search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
+  const bool exact = search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
   if (!exact) divide(q, r, x.a, x.d);
   std::printf("\r\n");
 }

@@ -14,7 +14,7 @@
 namespace omrel {
 namespace {
 
-constexpr int UNIT_ROUNDS = 6;          // rounds of the bisection with a step of one
+constexpr int UNIT_ROUNDS = 6;  // rounds of the bisection with a step of one
 constexpr long MAX_UNIT_STEPS = 9000;
 
 enum MarkColour : std::uint16_t {

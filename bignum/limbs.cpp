@@ -31,17 +31,6 @@ std::uint64_t word_of(Limb limb) {
   return (word - tens * 10) | (tens << 8) | ASCII_ZEROS;
 }
 
-// Turns columns into limbs; the carry out of the last one is zero by the caller's bound.
-void carry_columns(Limb* columns, int count) {
-  Limb carry = 0;
-  for (int i = 0; i < count; ++i) {
-    const Limb total = columns[i] + carry;
-    carry = total / LIMB_BASE;
-    columns[i] = total - carry * LIMB_BASE;
-  }
-  assert(carry == 0);
-}
-
 void multiply_short(Limb* columns, const Magnitude& a, const Magnitude& b) {
   for (int j = 0; j < b.count(); ++j) {
     for (int i = 0; i < a.count(); ++i) columns[i + j] += a.limb()[i] * b.limb()[j];
@@ -78,6 +67,7 @@ void Magnitude::set_count(int at_most) {
 
 void load(Magnitude& m, const char* digits, int length, int shift) {
   Limb* limb = m.limb();
+  for (; shift >= LIMB_DIGITS; shift -= LIMB_DIGITS) *limb++ = 0;
   int i = 0;
   if (shift > 0 && length > 0) {
     const int first = std::min(LIMB_DIGITS - shift, length);
@@ -93,6 +83,16 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
 int store(char* digits, const Magnitude& m) {
   for (int i = 0; i < m.count(); ++i) store_word(digits + i * LIMB_DIGITS, word_of(m.limb()[i]));
   return digit_count(m);
+}
+
+void carry_columns(Limb* columns, int count) {
+  Limb carry = 0;
+  for (int i = 0; i < count; ++i) {
+    const Limb total = columns[i] + carry;
+    carry = total / LIMB_BASE;
+    columns[i] = total - carry * LIMB_BASE;
+  }
+  assert(carry == 0);
 }
 
 int digit_count(const Magnitude& m) {
@@ -165,6 +165,38 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b) {
   } else {
     for (int j = 0; j < b.count(); j += ROWS) {
       add_rows(columns + j, a.limb(), a.count(), b.limb() + j);
+    }
+  }
+  carry_columns(columns, count);
+  product.set_count(count);
+  return true;
+}
+
+// Rows of doubled limbs, each from the lanes above its own on; four at a time start at lane j + 4,
+// so row k of the four brings the lanes from j + 4 - k, where lane k itself and those below belong
+// to the square only once or to another row. The first seven columns put that right.
+bool square(Magnitude& product, const Magnitude& a) {
+  const int count = 2 * a.count();
+  if (count > MAX_LIMBS) return false;
+  Limb* columns = product.limb();
+  std::fill_n(columns, count + ROW_PADDING, 0);
+  for (int j = 0; j < a.count(); j += ROWS) {
+    const Limb* m = a.limb() + j;
+    Limb* c = columns + 2 * j;
+    c[0] += m[0] * m[0];
+    c[1] += 2 * m[0] * m[1];
+    c[2] += 2 * m[0] * m[2] + m[1] * m[1];
+    c[3] += 2 * (m[0] * m[3] + m[1] * m[2]);
+    if (a.count() - j <= ROWS) {
+      c[4] += 2 * m[1] * m[3] + m[2] * m[2];
+      c[5] += 2 * m[2] * m[3];
+      c[6] += m[3] * m[3];
+    } else {
+      c[4] -= 2 * m[1] * m[3] + m[2] * m[2];  // columns count modulo 2^64
+      c[5] -= 2 * m[2] * m[3];
+      c[6] -= m[3] * m[3];
+      const Limb twice[ROWS] = {2 * m[0], 2 * m[1], 2 * m[2], 2 * m[3]};
+      add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
     }
   }
   carry_columns(columns, count);

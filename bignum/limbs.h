@@ -39,12 +39,15 @@ class Magnitude {
   Limb storage[MAX_LIMBS + 2 * ROW_PADDING];
 };
 
-// Reads a digit text, multiplied by 10^shift, 0 <= shift < LIMB_DIGITS.
+// Reads a digit text, multiplied by 10^shift.
 void load(Magnitude& m, const char* digits, int length, int shift);
 
 // Writes the digits, least significant first, whole limbs of them, and returns their count
 // without leading zeros: 0 for zero.
 int store(char* digits, const Magnitude& m);
+
+// Turns columns into limbs; the carry out of the last one is zero by the caller's bound.
+void carry_columns(Limb* columns, int count);
 
 // Decimal digits in the number, 0 for zero.
 int digit_count(const Magnitude& m);
@@ -62,6 +65,9 @@ void multiply_add(Magnitude& a, Limb m, Limb addend);
 // the product is left unspecified.
 bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b);
 
+// product = a * a, as multiply but in half the time.
+bool square(Magnitude& product, const Magnitude& a);
+
 // q = a / d truncated and r = a - q * d, all four different objects.
 //
 // Operands: d's top limb is at least LIMB_BASE / 10; load both with the shift that makes it so,
@@ -70,5 +76,10 @@ void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d);
 
 // q = a / d as divide, without the remainder: skips the products that cannot reach the quotient.
 void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d);
+
+// s = the largest magnitude whose square does not exceed n, another object.
+//
+// Operand: an even number of limbs, the top two together at least LIMB_BASE * LIMB_BASE / 100.
+void square_root(Magnitude& s, const Magnitude& n);
 
 }  // namespace omrel

@@ -26,8 +26,8 @@ using SignedLimb = std::int64_t;
 
 constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
 constexpr double ESTIMATE_BIAS = 1e-6;
-constexpr int TOP = 6;           // leading divisor limbs that a group of four estimates reads
-constexpr int GUARD_LIMBS = 4;   // columns below the divisor's top whose carries may be ignored
+constexpr int TOP = 6;          // leading divisor limbs that a group of four estimates reads
+constexpr int GUARD_LIMBS = 4;  // columns below the divisor's top whose carries may be ignored
 
 class LongDivision {
  public:
@@ -92,8 +92,9 @@ class LongDivision {
     const Limb* next = columns() + first + d.count() - 2;
     for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
     for (int k = 0; first - k >= j; ++k) {
-      const double guess = estimate(static_cast<SignedLimb>(near[k]),
-                                    static_cast<SignedLimb>(near[k + 1])) - ESTIMATE_BIAS;
+      const double guess =
+          estimate(static_cast<SignedLimb>(near[k]), static_cast<SignedLimb>(near[k + 1])) -
+          ESTIMATE_BIAS;
       const Limb limb = guess > 0 ? static_cast<Limb>(static_cast<SignedLimb>(guess)) : 0;
       q.limb()[first - k] = limb;
       head = (head - limb * top[0]) * LIMB_BASE + near[k] - limb * top[1];

@@ -20,8 +20,8 @@ void add_rows_sse2(Limb* columns, const Limb* lanes, int count, const Limb* m) {
   const auto spread = [](Limb x) { return _mm_set1_epi64x(static_cast<long long>(x)); };
   const __m128i m0 = spread(m[0]), m1 = spread(m[1]), m2 = spread(m[2]), m3 = spread(m[3]);
   for (int i = 0; i < count + 3; i += 2) {
-    const __m128i p01 = _mm_add_epi64(_mm_mul_epu32(load(lanes + i), m0),
-                                      _mm_mul_epu32(load(lanes + i - 1), m1));
+    const __m128i p01 =
+        _mm_add_epi64(_mm_mul_epu32(load(lanes + i), m0), _mm_mul_epu32(load(lanes + i - 1), m1));
     const __m128i p23 = _mm_add_epi64(_mm_mul_epu32(load(lanes + i - 2), m2),
                                       _mm_mul_epu32(load(lanes + i - 3), m3));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + i),
@@ -46,8 +46,8 @@ __attribute__((target("avx2"))) void add_rows_avx2(Limb* columns, const Limb* la
                                          _mm256_mul_epu32(_mm256_loadu_si256(lane1), m1));
     const __m256i p23 = _mm256_add_epi64(_mm256_mul_epu32(_mm256_loadu_si256(lane2), m2),
                                          _mm256_mul_epu32(_mm256_loadu_si256(lane3), m3));
-    _mm256_storeu_si256(column, _mm256_add_epi64(_mm256_loadu_si256(column),
-                                                 _mm256_add_epi64(p01, p23)));
+    _mm256_storeu_si256(column,
+                        _mm256_add_epi64(_mm256_loadu_si256(column), _mm256_add_epi64(p01, p23)));
   }
 }
 

@@ -53,8 +53,8 @@ bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
   if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
   const std::size_t rest = std::strlen(text);
   if (rest >= MAX_DIGITS) overflow();
-  const void* point = std::memchr(text, '.', rest);
-  length = static_cast<int>(point == nullptr ? rest : static_cast<const char*>(point) - text);
+  const std::size_t point = char_position(text, '.');
+  length = static_cast<int>(point == 0 ? rest : point - 1);
   has_foreign = !reverse_into_buffer(vlstr, text, length);
   vlstr[length] = '\0';
 }

@@ -1,0 +1,161 @@
+// Square root, a limb at a time from the top: with the root so far s and the remainder n - s^2, the
+// next limb x at position p takes (2 s x + x^2 B^p) B^p more. That is long division by a divisor
+// that grows, and it is done as long division is (see limbs_divide.cpp): estimates from floating
+// point that are never too large, columns that are not normalised and hold s^2 - n, rows of four
+// limbs added in one go.
+//
+// The first limbs, FIRST of them, find their own square among the leading columns and are taken
+// one by one. Later ones cannot, and only add it when their four are known.
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+
+#include "bignum/limbs.h"
+
+namespace omrel {
+namespace {
+
+using SignedLimb = std::int64_t;
+
+constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
+constexpr double ESTIMATE_BIAS = 1e-6;
+constexpr int TOP = 6;          // leading limbs of 2 s that a group of four estimates reads
+constexpr int FIRST = 8;        // limbs taken one by one
+constexpr int GUARD_LIMBS = 5;  // columns below the head whose carries may be ignored
+
+class LimbRoot {
+ public:
+  explicit LimbRoot(const Magnitude& n) : limb_count(n.count() / 2) {
+    assert(n.count() % 2 == 0 && n.count() > 0);
+    std::fill_n(storage, ROW_PADDING, 0);
+    for (int i = 0; i < n.count(); ++i) columns()[i] = 0 - n.limb()[i];
+    std::fill_n(columns() + n.count(), ROW_PADDING, 0);
+    std::fill_n(twice_storage, limb_count + 2 * ROW_PADDING, 0);
+    take_top_limb(n.limb()[n.count() - 1] * LIMB_BASE + n.limb()[n.count() - 2]);
+  }
+
+  // Finds the other limbs; columns below `cut` are left out.
+  void run(int cut) {
+    int p = limb_count - 2;
+    for (; p >= 0 && (p >= limb_count - FIRST || p % ROWS != ROWS - 1); --p) take_limb(p);
+    for (; p >= 0; p -= ROWS) take_four(p - ROWS + 1, cut);
+  }
+
+  // Whether the remainder is certainly at most twice the root.
+  bool is_settled() const { return ratio < 1 - 1e-5; }
+
+  // Writes the root found, not above the true one.
+  void root(Magnitude& s) {
+    Limb carry = 0;
+    for (int i = 0; i < limb_count; ++i) {
+      const Limb total = twice()[i] / 2 + carry;
+      carry = total / LIMB_BASE;
+      s.limb()[i] = total - carry * LIMB_BASE;
+    }
+    assert(carry == 0);
+    s.set_count(limb_count);
+  }
+
+ private:
+  void take_top_limb(Limb leading) {
+    auto x = static_cast<Limb>(std::sqrt(static_cast<double>(leading)));
+    while (x * x > leading) --x;
+    twice()[limb_count - 1] = 2 * x;
+    // The head at the next position: everything from its column up.
+    const int next = 2 * limb_count - 3;
+    head = (leading - x * x) * LIMB_BASE + (next >= 0 ? 0 - columns()[next] : 0);
+    for (int s = 0; s < TOP; ++s) top[s] = 0;
+    top[0] = 2 * x;
+    update_reciprocal();
+    ratio = static_cast<double>(leading - x * x) * reciprocal;
+  }
+
+  void update_reciprocal() {
+    reciprocal = 1.0 / (static_cast<double>(top[0]) + static_cast<double>(top[1]) * PER_LIMB +
+                        static_cast<double>(top[2]) * (PER_LIMB * PER_LIMB));
+  }
+
+  // (H + (next + after / LIMB_BASE) / LIMB_BASE) over twice the root so far.
+  double estimate(Limb next, Limb after) const {
+    const double low = static_cast<double>(static_cast<SignedLimb>(next)) +
+                       static_cast<double>(static_cast<SignedLimb>(after)) * PER_LIMB;
+    return (static_cast<double>(static_cast<SignedLimb>(head)) + low * PER_LIMB) * reciprocal;
+  }
+
+  static Limb whole(double guess) {
+    guess -= ESTIMATE_BIAS;
+    return guess > 0 ? static_cast<Limb>(static_cast<SignedLimb>(guess)) : 0;
+  }
+
+  // One limb, its row and its square. At position p the head is the columns from p + limb_count
+  // - 1.
+  void take_limb(int p) {
+    const Limb* near = columns() + p + limb_count - 2;
+    const double first = estimate(0 - near[0], 0 - near[-1]);
+    Limb x = whole(first);
+    if (p == limb_count - 2) {
+      // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself.
+      x = whole(first / (1 + first * PER_LIMB * reciprocal));
+    }
+    for (int i = p + 1; i < limb_count; ++i) columns()[p + i] += twice()[i] * x;
+    columns()[2 * p] += x * x;
+    head = (head - x * top[0]) * LIMB_BASE - near[0];
+    twice()[p] = 2 * x;
+    if (limb_count - 1 - p < TOP) {
+      top[limb_count - 1 - p] = 2 * x;
+      update_reciprocal();
+    }
+    ratio = estimate(0 - near[-1], 0) * PER_LIMB;
+  }
+
+  void take_four(int j, int cut) {
+    Limb near[ROWS + 1];
+    const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
+    for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
+    Limb x[ROWS];
+    for (int k = 0; k < ROWS; ++k) {
+      const Limb limb = whole(estimate(near[k], near[k + 1]));
+      x[ROWS - 1 - k] = limb;
+      head = (head - limb * top[0]) * LIMB_BASE + near[k] - limb * top[1];
+      for (int m = k + 1; m <= ROWS; ++m) near[m] -= limb * top[m - k + 1];
+      ratio = estimate(near[k + 1], 0) * PER_LIMB;
+    }
+    const int lowest = std::max(j + ROWS, std::min(cut - j, limb_count));
+    add_rows(columns() + j + lowest, twice() + lowest, limb_count - lowest, x);
+    for (int i = 0; i < ROWS; ++i) {
+      for (int k = 0; k < ROWS; ++k) columns()[2 * j + i + k] += x[i] * x[k];
+      twice()[j + i] = 2 * x[i];
+    }
+  }
+
+  Limb* columns() { return storage + ROW_PADDING; }
+  Limb* twice() { return twice_storage + ROW_PADDING; }
+
+  const int limb_count;
+  Limb top[TOP];
+  double reciprocal = 0;
+  Limb head = 0;
+  double ratio = 0;
+  Limb storage[MAX_LIMBS + 3 * ROW_PADDING];
+  Limb twice_storage[MAX_LIMBS / 2 + 3 * ROW_PADDING];  // 2 s, limbs up to 2 * LIMB_BASE and more
+};
+
+}  // namespace
+
+void square_root(Magnitude& s, const Magnitude& n) {
+  if (n.is_zero()) {
+    s = Magnitude();
+    return;
+  }
+  LimbRoot limbs(n);
+  limbs.run(n.count() / 2 - 1 - GUARD_LIMBS);
+  limbs.root(s);
+  if (limbs.is_settled()) return;
+  // The root found is the true one or one below: see whether the next one's square fits.
+  Magnitude next = s;
+  add(next, Magnitude(1));
+  Magnitude next_square;
+  if (square(next_square, next) && compare(next_square, n) <= 0) s = next;
+}
+
+}  // namespace omrel

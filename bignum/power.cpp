@@ -1,0 +1,113 @@
+// Powers, factorial, Fibonacci, square root and the selectors.
+//
+// Repetition that cannot change the answer is not walked: powers square, factorials multiply by
+// halves, Fibonacci numbers double their index, and a square root is found limb by limb. Only the
+// root of a number that is negative (or has no digits) takes Newton's steps, which are its
+// definition; so does every root while the debug switch shows the divisions.
+#include <cstdint>
+#include <utility>
+
+#include "bignum/bignum.h"
+#include "bignum/convert.h"
+#include "bignum/digit_text.h"
+#include "bignum/limbs.h"
+#include "bignum/magnitude_power.h"
+#include "bignum/power_table.h"
+
+namespace omrel {
+namespace {
+
+// The value as 32 bits, INT32_MAX when it does not fit. Not for negative values.
+std::int32_t clamped(const bignum& n) {
+  const Digits digits(n);
+  std::int64_t value = 0;
+  for (int i = significant_length(digits.text, digits.length) - 1; i >= 0; --i) {
+    value = value * 10 + (digits.text[i] - '0');
+    if (value > INT32_MAX) return INT32_MAX;
+  }
+  return static_cast<std::int32_t>(value);
+}
+
+// s / 2 with s's sign, as operator/ gives it.
+bignum half(const bignum& s) {
+  if (debug_switch != 0) return s / bignum(2);
+  bignum t = s.div2();
+  if (s.negative != 0 && t != bignum(0)) t.negative = 1;
+  return t;
+}
+
+// Newton's steps from n downwards, until one does not lead below the estimate.
+//
+// A negative operand makes them wander, and some (-17 is the first) come back to an earlier
+// estimate, which would repeat for ever. The estimate is compared with one kept from before, a new
+// one after twice as many steps each time (R. P. Brent, An improved Monte Carlo factorization
+// algorithm, BIT 20, 1980), so a circle is found with two values in hand.
+bignum newton_root(const bignum& n) {
+  bignum y(n);
+  bignum kept(n);
+  long steps = 0;
+  for (long next_kept = 1;; ++steps) {
+    const bignum q = n.quotient(y);
+    bignum t = half(y + q);
+    if (!(t < y)) return y;
+    y = std::move(t);
+    if (y == kept) throw EngineFailure();
+    if (steps == next_kept) {
+      kept = bignum(y);
+      next_kept *= 2;
+    }
+  }
+}
+
+}  // namespace
+
+bignum bignum::pow(const bignum& x, std::int32_t n) {
+  if (n == 0) return bignum("1", 0);
+  if (n <= 1) return x;
+  Magnitude base;
+  Magnitude r;
+  load(base, x, 0);
+  if (!power(r, base, n)) overflow();
+  return value_of(r, x.negative != 0 && n % 2 != 0 ? 1 : 0);
+}
+
+bignum bignum::pow2(const bignum& n) {
+  const std::int32_t m = n.negative != 0 ? 0 : clamped(n);
+  if (n < bignum(POWER_OF_TWO_COUNT)) {
+    return bignum(PowerOfTwoTable[static_cast<unsigned>(m)].data(), 0);
+  }
+  return pow(bignum(2), m);
+}
+
+bignum bignum::fact(std::int32_t n) {
+  Magnitude r;
+  if (!factorial(r, n)) overflow();
+  return value_of(r, 0);
+}
+
+bignum bignum::fib(std::int32_t n) {
+  if (n == 0) return bignum(0);
+  Magnitude r;
+  if (!fibonacci(r, n < 1 ? 1 : n)) overflow();
+  return value_of(r, 0);
+}
+
+bignum bignum::sqrt(const bignum& n) {
+  if (n == bignum(0)) return bignum(0);
+  const Digits digits(n);
+  const int length = significant_length(digits.text, digits.length);
+  if (debug_switch != 0 || n.negative != 0 || length == 0) return newton_root(n);
+  // An even shift that fills the top pair of limbs; the root comes out shifted by half of it.
+  const int shift = (2 * LIMB_DIGITS - length % (2 * LIMB_DIGITS)) % (2 * LIMB_DIGITS) / 2 * 2;
+  Magnitude m;
+  Magnitude root;
+  load(m, digits.text, length, shift);
+  square_root(root, m);
+  return value_of_shifted(root, shift / 2);
+}
+
+bignum bignum::max(const bignum& a, const bignum& b) { return a > b ? a : b; }
+
+bignum bignum::min(const bignum& a, const bignum& b) { return a < b ? a : b; }
+
+}  // namespace omrel

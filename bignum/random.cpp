@@ -1,0 +1,110 @@
+// Random values. A draw is a number of random digits of a random count, so values are not evenly
+// spread: between 0 and 100 a draw has one digit or two, 100 never comes out, and each value below
+// 10 comes out eleven times as often as one above.
+//
+// The generator is MT19937 (M. Matsumoto and T. Nishimura, Mersenne Twister, ACM Transactions on
+// Modeling and Computer Simulation 8, 1998) with the initialisation of the authors' 2002 version.
+// Not for secrets.
+#include "bignum/random.h"
+
+#include <cstring>
+
+#include "bignum/bignum.h"
+#include "bignum/buffers.h"
+#include "bignum/digit_text.h"
+#include "support/console.h"
+#include "support/platform.h"
+#include "support/text.h"
+
+namespace omrel {
+namespace {
+
+constexpr int WORDS = 624;
+constexpr int MIDDLE = 397;
+constexpr int MAX_ATTEMPTS = 65'535;
+
+std::uint32_t words[WORDS];
+int position = WORDS + 1;
+bool seeded = false;
+
+std::uint32_t twisted(std::uint32_t high, std::uint32_t low, std::uint32_t middle) {
+  const std::uint32_t y = (high & 0x80000000) | (low & 0x7FFFFFFF);
+  return middle ^ (y >> 1) ^ ((y & 1) != 0 ? 0x9908B0DF : 0);
+}
+
+void make_words() {
+  int i = 0;
+  for (; i < WORDS - MIDDLE; ++i) words[i] = twisted(words[i], words[i + 1], words[i + MIDDLE]);
+  for (; i < WORDS - 1; ++i) {
+    words[i] = twisted(words[i], words[i + 1], words[i + MIDDLE - WORDS]);
+  }
+  words[i] = twisted(words[i], words[0], words[MIDDLE - 1]);
+  position = 0;
+}
+
+std::uint32_t next_output() {
+  if (position >= WORDS) make_words();
+  std::uint32_t y = words[position++];
+  y ^= y >> 11;
+  y ^= (y << 7) & 0x9D2C5680;
+  y ^= (y << 15) & 0xEFC60000;
+  return y ^ (y >> 18);
+}
+
+// One attempt at a value between the bounds: a draw, and the draw without its lowest digit.
+// Returns whether `candidate` lies between them.
+bool attempt(bignum& candidate, const bignum& low, const bignum& high, int max_digits) {
+  const int n = mt_range(1, max_digits);
+  // The digits are drawn from the highest down.
+  for (int i = n - 1; i >= 0; --i) candidate.vlstr[i] = static_cast<char>(mt_range('0', '9'));
+  candidate.finish(n, 0);
+  if (candidate < low || candidate > high) candidate.div10();
+  return !(candidate < low) && !(candidate > high);
+}
+
+}  // namespace
+
+void mt_init(std::uint32_t seed) {
+  words[0] = seed;
+  for (std::uint32_t i = 1; i < WORDS; ++i) {
+    words[i] = 1812433253U * (words[i - 1] ^ (words[i - 1] >> 30)) + i;
+  }
+  position = WORDS;
+  seeded = true;
+}
+
+void mt_randomize(std::uint32_t seed) {
+  if (seed == 0) {
+    const platform::TimeOfDay now = platform::utc_time();
+    seed = (now.milliseconds + 1U) * (now.seconds + 1U) * ((now.minutes + 1U) * 60U);
+  }
+  mt_init(seed);
+}
+
+std::int32_t mt_range(std::int32_t lo, std::int32_t hi) {
+  if (lo == hi) return lo;
+  if (lo > hi) swap_words(lo, hi);
+  if (!seeded) mt_randomize(0);
+  const std::uint32_t y = next_output();
+  const std::uint32_t span = static_cast<std::uint32_t>(hi) - static_cast<std::uint32_t>(lo) + 1;
+  if (span == 0) return 0;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(lo) + y % span);
+}
+
+bignum bignum::rnd(const bignum& low, const bignum& high) {
+  if (low.length <= 0 || high.length <= 0) return bignum(0);
+  if (vlstr == nullptr) fatal_exit("vlstr is NULL in bignum::rnd()\n", 0);
+  std::memset(vlstr, '\0', MAX_DIGITS);
+  const int max_digits = high.length > low.length ? high.length - low.length : 1;
+  bignum candidate;
+  for (int attempts = 0; attempts < MAX_ATTEMPTS; ++attempts) {
+    if (attempt(candidate, low, high, max_digits)) {
+      length = candidate.length;
+      copy_text_n(vlstr, candidate.vlstr, static_cast<std::size_t>(length));
+      return candidate;
+    }
+  }
+  return low;
+}
+
+}  // namespace omrel
