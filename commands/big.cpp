@@ -27,9 +27,12 @@ const Operator OPERATORS[] = {
 
 bool admits(Admitted admitted, int count) {
   switch (admitted) {
-    case FOUR_OR_MORE: return count >= 4;
-    case THREE: return count == 3;
-    default: return count == 3 || count == 4;
+    case FOUR_OR_MORE:
+      return count >= 4;
+    case THREE:
+      return count == 3;
+    default:
+      return count == 3 || count == 4;
   }
 }
 

@@ -10,9 +10,7 @@ bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
 
-const char* Call::text(int i) const {
-  return i < count && texts[i] != nullptr ? texts[i] : "";
-}
+const char* Call::text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
 
 bignum number(const Call& call, int i) { return bignum(call.text(i), 0); }
 

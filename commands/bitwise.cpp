@@ -1,0 +1,81 @@
+// Bitwise words, powers, the selectors, the random draw and the shifts.
+#include "commands/operator_table.h"
+#include "commands/width.h"
+#include "support/line_marker.h"
+
+namespace omrel {
+
+std::int32_t width_of(const Call& call) {
+  const std::int32_t width = call.count >= 5 ? count_of(call.text(4)) : 0;
+  return width < 1 ? 0 : width;
+}
+
+bignum narrowed(bignum a, std::int32_t width) {
+  if (width < 1) return a;
+  mark_line();
+  return a & bignum::pow(bignum(2), width).decrement();
+}
+
+// Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
+int op_and(const Call& call) {
+  mark_line();
+  const std::int32_t width = width_of(call);
+  const bignum a = narrowed(number(call, 2), width);
+  const bignum b = narrowed(number(call, 3), width);
+  return hand_over(call, a & b, "", 0);
+}
+
+int op_or(const Call& call) {
+  mark_line();
+  const std::int32_t width = width_of(call);
+  const bignum a = narrowed(number(call, 2), width);
+  const bignum b = narrowed(number(call, 3), width);
+  return hand_over(call, a | b, "", 0);
+}
+
+int op_xor(const Call& call) {
+  mark_line();
+  return hand_over(call, number(call, 2) ^ number(call, 3));
+}
+
+int op_power(const Call& call) {
+  mark_line();
+  return hand_over(call, bignum::pow(number(call, 2), count_of(call.text(3))));
+}
+
+int op_max(const Call& call) {
+  mark_line();
+  return hand_over(call, bignum::max(number(call, 2), number(call, 3)));
+}
+
+int op_min(const Call& call) {
+  mark_line();
+  return hand_over(call, bignum::min(number(call, 2), number(call, 3)));
+}
+
+// The answer is what the draw leaves in r: 0, not the lower bound, when no value was found.
+int op_random(const Call& call) {
+  mark_line();
+  const bignum low = number(call, 2);
+  const bignum high = number(call, 3);
+  bignum r(0);
+  r.rnd(low, high);
+  return hand_over(call, r);
+}
+
+// A count below 1 leaves the value as it is, sign included.
+int op_shift_left(const Call& call) {
+  mark_line();
+  const std::int32_t n = count_of(call.text(3));
+  const bignum a = number(call, 2);
+  return hand_over(call, narrowed(n < 1 ? a : a.shift_left(n), width_of(call)));
+}
+
+int op_shift_right(const Call& call) {
+  mark_line();
+  const std::int32_t n = count_of(call.text(3));
+  const bignum a = number(call, 2);
+  return hand_over(call, narrowed(n < 1 ? a : a.shift_right(n), width_of(call)));
+}
+
+}  // namespace omrel

@@ -1,0 +1,74 @@
+// Binary digits, and digits drawn as coloured blocks.
+#include <cstdio>
+
+#include "commands/operator_table.h"
+#include "plugin/host_link.h"
+#include "support/console.h"
+#include "support/line_marker.h"
+#include "support/text.h"
+
+namespace omrel {
+namespace {
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Whether the texts are equal without regard to the case of ASCII letters, whatever the locale.
+bool equal_ignoring_case(const char* x, const char* y) {
+  while (*x != '\0' && lower(*x) == lower(*y)) ++x, ++y;
+  return lower(*x) == lower(*y);
+}
+
+bool has_option(const Call& call, const char* option) {
+  return call.count == 4 && equal_ignoring_case(call.text(3), option);
+}
+
+// Console attributes of the digits 0 to 9; see the colours of the console.
+constexpr std::uint16_t DIGIT_COLOUR[10] = {0, 4, 12, 6, 14, 10, 9, 13, 8, 15};
+
+void draw(char c) {
+  if (c >= '0' && c <= '9') {
+    console_set_colour(DIGIT_COLOUR[c - '0']);
+    platform::put_block();
+  } else {
+    console_reset_colour();
+    std::putchar(c);
+  }
+}
+
+}  // namespace
+
+int op_to_binary(const Call& call) {
+  mark_line();
+  if (*call.text(2) == '-') {
+    std::printf("%s %s %s: Error -ve numbers not handled\r\n", call.name(), call.word(),
+                call.text(2));
+    return 1;
+  }
+  const HeapText bits(bignum::inttobin(number(call, 2)));
+  char* text = nullptr;
+  if (bits != nullptr) {
+    if (!has_option(call, "-noprefix")) string_append(&text, "0b", 0);
+    string_append(&text, bits.get(), 0);
+  }
+  const HeapText owned(text);
+  set_result(call.interp, text == nullptr ? "" : text);
+  return 0;
+}
+
+int op_graph(const Call& call) {
+  mark_line();
+  const std::int32_t width = call.count == 4 ? count_of(call.text(3)) : 0;
+  std::int32_t column = 0;
+  for (const char* c = call.text(2); *c != '\0'; ++c) {
+    draw(*c);
+    if (++column == width) {
+      std::printf("\r\n");
+      column = 0;
+    }
+  }
+  console_reset_colour();
+  if (!has_option(call, "-nonewline")) std::printf("\r\n");
+  return 0;
+}
+
+}  // namespace omrel

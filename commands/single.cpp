@@ -1,0 +1,132 @@
+// The words with one operand.
+#include <cstdio>
+#include <cstring>
+
+#include "commands/operator_table.h"
+#include "plugin/host_link.h"
+#include "support/line_marker.h"
+#include "support/text.h"
+
+namespace omrel {
+namespace {
+
+constexpr std::int32_t MAX_FIBONACCI = 30'000;
+constexpr std::int32_t MAX_FACTORIAL = 1'000;
+
+// The words here fail with an empty result when there is no memory for the answer's text.
+int answer(const Call& call, const bignum& value) { return hand_over(call, value, "", 1); }
+
+void replace_value(HostVar* var, const char* text) {
+  if (var->value != nullptr) free_value(var->value);
+  var->value = nullptr;
+  set_var_value(var, text);
+}
+
+// "++" and "--": the operand names a variable, or is a number when there is no such variable. A
+// variable without a value becomes 0.
+template <class Step>
+int step(const Call& call, Step next) {
+  HostVar* var = get_var(call.interp, call.text(2));
+  const char* source = var != nullptr ? var->value : call.text(2);
+  bignum result(0);
+  if (source != nullptr) {
+    bignum operand(source, 0);
+    result = next(operand);
+  }
+  const HeapText text(result.to_string());
+  const bool made = text != nullptr && *text != '\0';
+  const char* shown = made ? text.get() : "0";
+  if (var != nullptr) replace_value(var, shown);
+  set_result(call.interp, shown);
+  return made ? 0 : 1;
+}
+
+bool begins_with_prefix(const char* text) {
+  return text[0] == '0' && (text[1] == 'b' || text[1] == 'B');
+}
+
+}  // namespace
+
+int op_increment(const Call& call) {
+  mark_line();
+  return step(call, [](bignum& operand) { return operand.increment(); });
+}
+
+int op_decrement(const Call& call) {
+  mark_line();
+  return step(call, [](bignum& operand) { return operand.decrement(); });
+}
+
+int op_halve(const Call& call) {
+  mark_line();
+  return answer(call, number(call, 2).div2());
+}
+
+int op_power_of_two(const Call& call) {
+  mark_line();
+  return answer(call, bignum::pow2(number(call, 2)));
+}
+
+int op_drop_digit(const Call& call) {
+  mark_line();
+  return answer(call, number(call, 2).div10());
+}
+
+int op_abs(const Call& call) {
+  mark_line();
+  bignum a = number(call, 2);
+  a.set_sign(0);
+  return answer(call, a);
+}
+
+int op_is_even(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2).is_even());
+}
+
+int op_fibonacci(const Call& call) {
+  mark_line();
+  const std::int32_t n = count_of(call.text(2));
+  if (n > MAX_FIBONACCI) {
+    std::printf("big fib: Value %s out of range\n", call.text(2));
+    return 1;
+  }
+  return answer(call, bignum::fib(n));
+}
+
+int op_factorial(const Call& call) {
+  mark_line();
+  const std::int32_t n = count_of(call.text(2));
+  if (n > MAX_FACTORIAL) return report_exception(call.name(), "Argument too big");
+  return answer(call, bignum::fact(n));
+}
+
+int op_square_root(const Call& call) {
+  mark_line();
+  return answer(call, bignum::sqrt(number(call, 2)));
+}
+
+int op_from_binary(const Call& call) {
+  mark_line();
+  const char* digits = call.text(2);
+  if (begins_with_prefix(digits)) digits += 2;
+  return answer(call, bignum::bintoint(digits));
+}
+
+int op_complement(const Call& call) {
+  mark_line();
+  return answer(call, ~number(call, 2));
+}
+
+int op_not(const Call& call) {
+  mark_line();
+  return hand_over_truth(call, number(call, 2) == bignum(0));
+}
+
+int op_debug(const Call& call) {
+  mark_line();
+  debug_switch = std::strcmp(call.text(2), "on") == 0 ? 1 : 0;
+  return 0;
+}
+
+}  // namespace omrel
