@@ -37,11 +37,18 @@ int compare_texts(const char* x, int x_length, const char* y, int y_length, bool
   return 0;
 }
 
+int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
+
 int compare_values(const bignum& a, const bignum& b) {
   if (a.negative != 0 && b.negative == 0) return -1;
   if (a.negative == 0 && b.negative != 0) return 1;
   const bool foreign = a.has_foreign || b.has_foreign;
-  const int order = compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), foreign);
+  const int a_length = a.text_length();
+  const int b_length = b.text_length();
+  const bool both_short = a_length > 0 && a_length < 8 && b_length > 0 && b_length < 8;
+  const int order = both_short && !foreign
+                        ? compare_words(load_tail(a.vlstr, a_length), load_tail(b.vlstr, b_length))
+                        : compare_texts(a.vlstr, a_length, b.vlstr, b_length, foreign);
   return a.negative != 0 ? -order : order;
 }
 
@@ -84,6 +91,10 @@ int compare_signed(const char* x, int x_negative, const char* y, int y_negative)
 }
 
 int bignum::compare(const bignum& a, const bignum& b) const { return compare_values(a, b); }
+bool bignum::equals_digit(char digit) const {
+  return negative == 0 && vlstr[0] == digit && top_length(vlstr, text_length()) == 1;
+}
+
 bool bignum::operator==(const bignum& b) const { return compare_values(*this, b) == 0; }
 bool bignum::operator!=(const bignum& b) const { return compare_values(*this, b) != 0; }
 bool bignum::operator<(const bignum& b) const { return compare_values(*this, b) < 0; }

@@ -14,6 +14,9 @@ namespace omrel {
 // characters is refused.
 constexpr int MAX_DIGITS = 6500;
 
+// Decimal places of a fixed-point number.
+constexpr int FIXED_PLACES = 18;
+
 // The engine's failure: an operation has no answer. Thrown for a zero divisor, and for a square
 // root of a negative number whose steps never end.
 class EngineFailure : public std::exception {
@@ -60,6 +63,11 @@ class bignum {
   // Returns the value as a new heap text, to be freed with free(): '-' when the sign flag is set,
   // zero included, then the digits without leading zeros. Null when there is no memory.
   char* to_string() const;
+  // Writes that text where there is room for so many bytes; false when it needs more.
+  bool write_short_text(char* text, int room) const;
+
+  // Returns the value over 10^FIXED_PLACES as to_string does: integer part, '.', and the places.
+  char* to_fixed_string() const;
 
   std::int16_t get_sign() const { return negative; }
   void set_sign(int flag) { negative = flag != 0 ? 1 : 0; }
@@ -76,6 +84,8 @@ class bignum {
   bool operator>(const bignum& b) const;
   bool operator<=(const bignum& b) const;
   bool operator>=(const bignum& b) const;
+  // Whether the value equals a digit, as operator== sees it: a negative zero does not equal 0.
+  bool equals_digit(char digit) const;
   // Compares a with b; the object plays no part.
   int compare(const bignum& a, const bignum& b) const;
 
@@ -112,6 +122,12 @@ class bignum {
   bignum operator/(const bignum& d) const;
   // As operator/, but the quotient carries no remainder text, which takes half the time.
   bignum quotient(const bignum& d) const;
+  // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated, in one division. False, with q
+  // as it was, where operator/ must show its steps or the scaled remainder may be too long.
+  bool scaled_quotient(bignum& q, const bignum& d) const;
+  // Returns the value of the remainder text that operator/ leaves: the remainder of the magnitudes,
+  // not negative; but of two negative operands the dividend itself when it is nearer to zero.
+  bignum remainder(const bignum& d) const;
   // Returns the remainder of the magnitudes with the sign flag of the dividend, zero included.
   // A divisor that equals 0 gives zero; one that is a negative zero fails as operator/ does.
   bignum operator%(const bignum& b) const;
@@ -132,9 +148,9 @@ class bignum {
   // Errors:     steps that meet a zero divisor fail as operator/ does, steps that circle throw
   //             EngineFailure.
   static bignum sqrt(const bignum& n);
-  // Return a copy of the larger and of the smaller value, of b when they are equal.
-  static bignum max(const bignum& a, const bignum& b);
-  static bignum min(const bignum& a, const bignum& b);
+  // Return the larger and the smaller value, b when they are equal.
+  static const bignum& max(const bignum& a, const bignum& b) { return a > b ? a : b; }
+  static const bignum& min(const bignum& a, const bignum& b) { return a < b ? a : b; }
 
   // Returns the binary digits of x, most significant first, as a new heap text to be freed with
   // free(): "0" for zero. Null for a value without a binary form (negative, negative zero, no
@@ -159,6 +175,8 @@ class bignum {
   bignum mul2() const;
   // Drops the lowest digit in place, keeping the sign flag, and returns a copy.
   bignum div10();
+  // As div10, without the copy.
+  void drop_digit();
 
   // Sets the digits of the object to those of a random value from low to high and returns it; its
   // sign flag stays. See random.cpp for how values are drawn: not evenly in general, and not at
@@ -179,6 +197,9 @@ class bignum {
   bool has_foreign = false;  // whether vlstr holds characters other than digits
 
  private:
+  bool read_short(const char* text);
+  void read_up_to_point(const char* text);
+  void write_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
   void keep_remainder(const bignum& r);
 };

@@ -4,6 +4,7 @@
 // one leaves a bitwise operation with the other: a & b, a | b and a ^ b are all b when a has none
 // (0 when b has none either), and a copy of a when only b has none.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -14,13 +15,18 @@
 #include "bignum/limbs.h"
 #include "bignum/magnitude_power.h"
 #include "bignum/radix.h"
-#include "support/text.h"
 
 namespace omrel {
 namespace {
 
 // 2^MAX_BITS has more digits than a value may have.
 constexpr int MAX_BITS = 21'600;
+
+// Shifts by fewer bits are a product, or a quotient, by one word.
+constexpr int MAX_FACTOR_BITS = 32;
+constexpr int MAX_DIVISOR_BITS = 59;  // 2^59 < 10^18
+
+constexpr Limb LOW_BITS = (Limb{1} << BINARY_LIMB_BITS) - 1;
 
 bool has_binary_form(const bignum& x) { return x.negative == 0 && x.length > 0; }
 
@@ -48,6 +54,11 @@ template <class Combine>
 bignum bitwise(const bignum& a, const bignum& b, Combine combine) {
   if (!has_binary_form(a)) return binary_value(b);
   if (!has_binary_form(b)) return a;
+  std::uint64_t short_a = 0;
+  std::uint64_t short_b = 0;
+  if (load_short(short_a, a) && load_short(short_b, b)) {
+    return value_of_short(combine(short_a, short_b), 0);
+  }
   Magnitude x;
   Magnitude y;
   load_binary(x, a);
@@ -67,10 +78,26 @@ std::uint64_t bit_characters(Limb bits) {
   return (((one_each + 0x7F7F7F7F7F7F7F7F) >> 7) & 0x0101010101010101) | ASCII_ZEROS;
 }
 
-// Writes the characters of a limb, BINARY_LIMB_BITS of them and five more that the next limb (or
+// Writes the characters of a limb, BINARY_LIMB_BITS of them and six more that the next limb (or
 // nothing) overwrites.
 void write_bits(char* text, Limb limb) {
-  for (int i = 0; i < 4; ++i) store_word(text + 8 * i, bit_characters(limb << 5 >> (24 - 8 * i)));
+  for (int i = 0; i < 4; ++i) store_word(text + 8 * i, bit_characters(limb << 6 >> (24 - 8 * i)));
+}
+
+// The bits that eight characters stand for, the first one the highest: 1 in a byte that is '1'.
+std::uint64_t bits_of(std::uint64_t characters) {
+  constexpr std::uint64_t LOW_SEVEN = 0x7F7F7F7F7F7F7F7F;
+  const std::uint64_t other = characters ^ 0x3131313131313131;  // zero where there is a '1'
+  const std::uint64_t ones = ~(((other & LOW_SEVEN) + LOW_SEVEN) | other | LOW_SEVEN) >> 7;
+  return (ones * 0x8040201008040201) >> 56;  // byte k goes to bit 7 - k of the top byte
+}
+
+// The value of up to 64 characters.
+std::uint64_t bits_at(const char* text, int count) {
+  std::uint64_t bits = 0;
+  for (; count >= 8; count -= 8, text += 8) bits = (bits << 8) | bits_of(load_word(text));
+  for (; count > 0; --count) bits = 2 * bits + (*text++ == '1' ? 1 : 0);
+  return bits;
 }
 
 // 2^e for the largest e with 2^e <= m, m > 0.
@@ -93,7 +120,12 @@ Magnitude top_bit(const Magnitude& m) {
 char* bignum::inttobin(const bignum& x) {
   if (!has_binary_form(x)) return nullptr;
   Magnitude binary;
-  load_binary(binary, x);
+  if (std::uint64_t magnitude = 0; load_short(magnitude, x)) {
+    for (int i = 0; i < 3; ++i) binary.limb()[i] = (magnitude >> (i * BINARY_LIMB_BITS)) & LOW_BITS;
+    binary.set_count(3);
+  } else {
+    load_binary(binary, x);
+  }
   const int bits = std::max(bit_count(binary), 1);
   char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(bits) + 1));
   if (text == nullptr) return nullptr;
@@ -103,23 +135,24 @@ char* bignum::inttobin(const bignum& x) {
   for (int i = std::max(binary.count(), 1) - 1; i >= 0; --i, end += BINARY_LIMB_BITS) {
     write_bits(end, binary.limb()[i]);
   }
-  return copy_text_n(text, end - bits, static_cast<std::size_t>(bits));
+  std::memcpy(text, end - bits, static_cast<std::size_t>(bits));
+  text[bits] = '\0';
+  return text;
 }
 
 bignum bignum::bintoint(const char* text) {
   const char* first = text == nullptr ? nullptr : std::strchr(text, '1');
-  if (first == nullptr) return bignum(0);
+  if (first == nullptr) return value_of_short(0, 0);
   const std::size_t bits = std::strlen(first);
   if (bits > MAX_BITS) overflow();
+  if (bits < 64) return value_of_short(bits_at(first, static_cast<int>(bits)), 0);
   Magnitude binary;
-  const char* end = first + bits;
   int count = 0;
-  while (end > first) {
-    const char* begin = end - std::min<std::ptrdiff_t>(BINARY_LIMB_BITS, end - first);
-    Limb limb = 0;
-    for (const char* c = begin; c < end; ++c) limb = 2 * limb + (*c == '1' ? 1 : 0);
-    binary.limb()[count++] = limb;
-    end = begin;
+  for (const char* end = first + bits; end > first; end -= BINARY_LIMB_BITS) {
+    const auto left = static_cast<int>(end - first);
+    const int used = std::min(BINARY_LIMB_BITS, left);
+    binary.limb()[count++] = bits_at(end - used, used);
+    if (used == left) break;
   }
   binary.set_count(count);
   return value_of_binary(binary);
@@ -139,10 +172,14 @@ bignum bignum::operator^(const bignum& b) const {
 
 // 2^(e + 1) - 1 - x, 2^e being the top bit of x, without a number longer than x.
 bignum bignum::operator~() const {
-  if (!has_binary_form(*this)) return bignum(0);
+  if (!has_binary_form(*this)) return value_of_short(0, 0);
+  if (std::uint64_t x = 0; load_short(x, *this)) {
+    const std::uint64_t own_bits = ~std::uint64_t{0} >> std::countl_zero(x | 1);  // zero has one
+    return value_of_short(x ^ own_bits, 0);
+  }
   Magnitude x;
   load(x, *this);
-  if (x.is_zero()) return bignum(1);  // zero has one bit
+  if (x.is_zero()) return value_of_short(1, 0);  // nothing but leading zeros, and many of them
   Magnitude complement = top_bit(x);
   subtract(x, complement);
   subtract(complement, Magnitude(1));
@@ -151,9 +188,16 @@ bignum bignum::operator~() const {
 }
 
 bignum bignum::shift_left(std::int32_t n) const {
+  if (std::uint64_t x = 0; load_short(x, *this) && n <= std::countl_zero(x)) {
+    return value_of_short(n < 64 ? x << n : 0, 0);
+  }
   Magnitude x;
   load(x, *this);
-  if (x.is_zero()) return bignum(0);
+  if (x.is_zero()) return value_of_short(0, 0);
+  if (n < MAX_FACTOR_BITS && x.count() < MAX_LIMBS - 1) {
+    multiply_add(x, Limb{1} << n, 0);
+    return value_of(x, 0);
+  }
   Magnitude factor;
   Magnitude product;
   if (!power(factor, Magnitude(2), n) || !multiply(product, x, factor)) overflow();
@@ -161,14 +205,22 @@ bignum bignum::shift_left(std::int32_t n) const {
 }
 
 bignum bignum::shift_right(std::int32_t n) const {
+  if (std::uint64_t x = 0; load_short(x, *this)) return value_of_short(n < 64 ? x >> n : 0, 0);
+  // 10^length < 2^(10 length / 3 + 1)
+  if (n > length * 10 / 3) return value_of_short(0, 0);
+  Magnitude x;
+  Magnitude q;
+  if (n < MAX_DIVISOR_BITS) {
+    load(x, *this);
+    divide_short(q, x, std::uint64_t{1} << n);
+    return value_of(q, 0);
+  }
   Magnitude divisor;
-  if (n >= MAX_BITS || !power(divisor, Magnitude(2), n)) return bignum(0);
+  if (!power(divisor, Magnitude(2), n)) return value_of_short(0, 0);
   const int shift = (LIMB_DIGITS - digit_count(divisor) % LIMB_DIGITS) % LIMB_DIGITS;
   Limb scale = 1;
   for (int i = 0; i < shift; ++i) scale *= 10;
   multiply_add(divisor, scale, 0);
-  Magnitude x;
-  Magnitude q;
   load(x, *this, shift);
   divide_quotient(q, x, divisor);
   return value_of(q, 0);
@@ -185,9 +237,14 @@ bignum bignum::mul2() const {
 }
 
 bignum bignum::div10() {
-  remove_leading(vlstr, 1, '\0');
-  length = static_cast<int>(std::strlen(vlstr));
+  drop_digit();
   return *this;
+}
+
+void bignum::drop_digit() {
+  const int n = text_length();
+  std::memmove(vlstr, vlstr + 1, static_cast<std::size_t>(n));
+  length = std::max(n - 1, 0);
 }
 
 }  // namespace omrel

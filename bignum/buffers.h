@@ -10,13 +10,39 @@ namespace omrel {
 constexpr int BUFFER_SLACK = 67;
 constexpr int BUFFER_BYTES = MAX_DIGITS + 1 + BUFFER_SLACK;
 
-// Returns a buffer of BUFFER_BYTES bytes, contents unspecified; without memory the process ends.
-char* acquire_digits();
+// A stack of returned buffers, bounded, so that a run of calls allocates nothing: most calls use
+// three to five values. What is beyond the bound goes back to the heap at once, and the rest when
+// the library is unloaded.
+struct FreeBuffers {
+  static constexpr int MAX_KEPT = 12;
+
+  char* kept[MAX_KEPT];
+  int count = 0;
+
+  ~FreeBuffers();
+};
+extern FreeBuffers free_buffers;
 
 // Ends the process for want of memory.
 [[noreturn]] void out_of_memory();
 
+// A buffer from the heap, and one back to it.
+char* allocate_digits();
+void free_digits(char* buffer);
+
+// Returns a buffer of BUFFER_BYTES bytes, contents unspecified; without memory the process ends.
+inline char* acquire_digits() {
+  return free_buffers.count > 0 ? free_buffers.kept[--free_buffers.count] : allocate_digits();
+}
+
 // Takes the buffer back; null is allowed.
-void release_digits(char* buffer);
+inline void release_digits(char* buffer) {
+  if (buffer == nullptr) return;
+  if (free_buffers.count < FreeBuffers::MAX_KEPT) {
+    free_buffers.kept[free_buffers.count++] = buffer;
+  } else {
+    free_digits(buffer);
+  }
+}
 
 }  // namespace omrel

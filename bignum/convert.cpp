@@ -1,10 +1,35 @@
 #include "bignum/convert.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "bignum/digit_text.h"
 
 namespace omrel {
+
+bool load_short(std::uint64_t& magnitude, const bignum& b) {
+  const int length = significant_length(b.vlstr, b.length);
+  if (length > SHORT_DIGITS || b.has_foreign) return false;
+  const auto eight_at = [&](int i) {
+    return number_of(length >= i + 8 ? load_word(b.vlstr + i) : load_tail(b.vlstr + i, length - i));
+  };
+  magnitude = eight_at(0);
+  if (length > 8) magnitude += eight_at(8) * LIMB_BASE;
+  if (length > 16) magnitude += eight_at(16) * (LIMB_BASE * LIMB_BASE);
+  return true;
+}
+
+bignum value_of_short(std::uint64_t magnitude, std::int16_t sign) {
+  bignum result;
+  int length = 0;
+  do {
+    store_word(result.vlstr + length, word_of(magnitude % LIMB_BASE));
+    magnitude /= LIMB_BASE;
+    length += 8;
+  } while (magnitude != 0);
+  result.finish(std::max(significant_length(result.vlstr, length), 1), sign);
+  return result;
+}
 
 void load(Magnitude& m, const bignum& b, int shift) {
   const Digits digits(b);

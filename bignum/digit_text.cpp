@@ -22,15 +22,19 @@ std::uint64_t to_ascii(std::uint64_t word) {
   return ((word & LOW_NIBBLES) - sixes) | ASCII_ZEROS;
 }
 
+// The lowest eight digits of what is left of a text, '0' where fewer are.
+std::uint64_t load_tail_or_word(const char* text, int count) {
+  return count >= 8 ? load_word(text) : load_tail(text, count);
+}
+
 // The eight digits of the text at position i, '0' from its length on.
 std::uint64_t digits_at(const char* text, int i, int length) {
-  if (i + 8 <= length) return load_word(text + i);
-  return i < length ? load_tail(text + i, length - i) : ASCII_ZEROS;
+  return i < length ? load_tail_or_word(text + i, length - i) : ASCII_ZEROS;
 }
 
 }  // namespace
 
-bool reverse_into_buffer(char* buffer, const char* text, int n) {
+bool reverse_long_text(char* buffer, const char* text, int n) {
   bool digits = true;
   const char* end = text + n;
   for (; end - text >= 8; end -= 8, buffer += 8) {
@@ -38,34 +42,36 @@ bool reverse_into_buffer(char* buffer, const char* text, int n) {
     digits &= all_digits(word);
     store_word(buffer, word);
   }
-  for (; end > text; ++buffer) {
-    *buffer = *--end;
-    digits &= *buffer >= '0' && *buffer <= '9';
-  }
-  return digits;
+  // The rest together with some characters that are there already.
+  const std::uint64_t word = reversed(load_word(text));
+  store_word(buffer + (end - text) - 8, word);
+  return digits && all_digits(word);
 }
 
 void reverse_from_buffer(char* text, const char* buffer, int n) {
+  if (n < 8) {
+    while (n > 0) *text++ = buffer[--n];
+    return;
+  }
+  char* const last = text + n - 8;
   for (; n >= 8; n -= 8, text += 8) store_word(text, reversed(load_word(buffer + n - 8)));
-  while (n > 0) *text++ = buffer[--n];
+  store_word(last, reversed(load_word(buffer)));
 }
 
-int significant_length(const char* text, int length) {
+int length_without_zeros(const char* text, int length) {
   while (length >= 8 && load_word(text + length - 8) == ASCII_ZEROS) length -= 8;
-  while (length > 0 && text[length - 1] == '0') --length;
-  return length;
+  const int first = length >= 8 ? length - 8 : 0;
+  const std::uint64_t top = load_tail_or_word(text + first, length - first) ^ ASCII_ZEROS;
+  return top == 0 ? 0 : first + 8 - std::countl_zero(top) / 8;
 }
 
 int compare_significant(const char* x, int x_length, const char* y, int y_length) {
   if (x_length != y_length) return x_length < y_length ? -1 : 1;
-  int i = x_length;
-  for (; i >= 8; i -= 8) {
-    const std::uint64_t a = load_word(x + i - 8);
-    const std::uint64_t b = load_word(y + i - 8);
-    if (a != b) return a < b ? -1 : 1;  // the highest digit is in the highest byte
-  }
-  for (; i > 0; --i) {
-    if (x[i - 1] != y[i - 1]) return x[i - 1] < y[i - 1] ? -1 : 1;
+  // From the top; the highest digit of a word is in its highest byte.
+  for (int i = (x_length - 1) & ~7; i >= 0; i -= 8) {
+    const std::uint64_t a = digits_at(x, i, x_length);
+    const std::uint64_t b = digits_at(y, i, x_length);
+    if (a != b) return a < b ? -1 : 1;
   }
   return 0;
 }

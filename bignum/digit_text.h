@@ -37,15 +37,47 @@ inline bool all_digits(std::uint64_t word) {
   return ((value | (value + 0x7676767676767676)) & 0x8080808080808080) == 0;
 }
 
+// The number that eight digits stand for: digits, then pairs, then fours.
+inline std::uint64_t number_of(std::uint64_t word) {
+  word &= 0x0F0F0F0F0F0F0F0F;
+  word = (word + (word >> 8) * 10) & 0x00FF00FF00FF00FF;
+  word = (word + (word >> 16) * 100) & 0x0000FFFF0000FFFF;
+  return (word + (word >> 32) * 10000) & 0xFFFFFFFF;
+}
+
+// A number below 10^8 as eight digits: fours, then pairs, then digits. A field x becomes its
+// quotient by 10^k in the field above and its remainder: x + (x / 10^k) * (2^f - 10^k). The
+// quotients are multiplications by reciprocals, exact for fields below 10^8, 10^4 and 10^2.
+inline std::uint64_t word_of(std::uint64_t number) {
+  std::uint64_t word = number + ((number * 109951163) >> 40) * ((std::uint64_t{1} << 32) - 10000);
+  word += (((word * 10486) >> 20) & 0x0000007F0000007F) * ((1 << 16) - 100);
+  word += (((word * 103) >> 10) & 0x000F000F000F000F) * ((1 << 8) - 10);
+  return word | ASCII_ZEROS;
+}
+
+// Copies n characters in reverse order, n >= 8. Returns whether all are digits.
+bool reverse_long_text(char* buffer, const char* text, int n);
+
 // Copies n characters in reverse order. The source is read within its n characters; the
 // destination may be written up to seven bytes further. Returns whether all are digits.
-bool reverse_into_buffer(char* buffer, const char* text, int n);
+inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
+  if (n >= 8) return reverse_long_text(buffer, text, n);
+  std::uint64_t word = 0;
+  for (int i = 0; i < n; ++i) word = (word << 8) | static_cast<unsigned char>(text[i]);
+  store_word(buffer, word);
+  return all_digits(word | (ASCII_ZEROS << (8 * n)));
+}
 
 // Copies n characters of a digit buffer in reverse order; writes exactly n.
 void reverse_from_buffer(char* text, const char* buffer, int n);
 
+// The length without leading zeros of a text that has some, 0 for a text of zeros.
+int length_without_zeros(const char* text, int length);
+
 // The length without leading zeros, 0 for a text of zeros.
-int significant_length(const char* text, int length);
+inline int significant_length(const char* text, int length) {
+  return length == 0 || text[length - 1] != '0' ? length : length_without_zeros(text, length);
+}
 
 // Compares two texts without leading zeros: -1, 0 or 1.
 int compare_significant(const char* x, int x_length, const char* y, int y_length);

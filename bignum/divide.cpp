@@ -12,6 +12,8 @@
 // "Equals" is the signed comparison. All else is long division of the magnitudes, which leaves the
 // remainder of the magnitudes; while the debug switch is on, the search that shows its steps.
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 #include "bignum/bignum.h"
 #include "bignum/buffers.h"
@@ -32,30 +34,32 @@ bool is_zero(const bignum& b) {
   return significant_length(digits.text, digits.length) == 0;
 }
 
+[[noreturn]] void fail_on_zero() {
+  mark_line();
+  std::printf("Error: big number division by zero\n");
+  throw EngineFailure();
+}
+
 Shortcut shortcut(const bignum& a, const bignum& d) {
-  if (d == bignum(1)) return Shortcut::DIVIDEND;
-  if (is_zero(d)) {
-    mark_line();
-    std::printf("Error: big number division by zero\n");
-    throw EngineFailure();
-  }
+  if (d.equals_digit('1')) return Shortcut::DIVIDEND;
+  if (is_zero(d)) fail_on_zero();
   if (a == d) return Shortcut::ONE;
-  if (a == bignum(0)) return Shortcut::ZERO;
+  if (a.equals_digit('0')) return Shortcut::ZERO;
   if (a.negative == 0 && d.negative == 0 && a < d) return Shortcut::ZERO_LEAVING_DIVIDEND;
   if (a.negative != 0 && d.negative != 0 && a > d) return Shortcut::ZERO_LEAVING_DIVIDEND;
   return is_zero(a) ? Shortcut::ZERO : Shortcut::NONE;
 }
 
 // The magnitudes of dividend and divisor, both multiplied by the power of ten that fills the
-// divisor's top limb.
+// divisor's top limb, and the dividend by 10^scale besides.
 struct Aligned {
-  Aligned(const bignum& dividend, const bignum& divisor)
+  Aligned(const bignum& dividend, const bignum& divisor, int scale = 0)
       : a_text(dividend),
         d_text(divisor),
         a_length(significant_length(a_text.text, a_text.length)),
         d_length(significant_length(d_text.text, d_text.length)),
         shift((LIMB_DIGITS - d_length % LIMB_DIGITS) % LIMB_DIGITS) {
-    load(a, a_text.text, a_length, shift);
+    load(a, a_text.text, a_length, shift + scale);
     load(d, d_text.text, d_length, shift);
   }
 
@@ -74,15 +78,78 @@ void traced_divide(Magnitude& q, Magnitude& r, const Aligned& x) {
   std::printf("\r\n");
 }
 
-bignum signed_quotient(const Magnitude& q, const bignum& a, const bignum& d) {
-  const bool negative = !q.is_zero() && (a.negative != 0) != (d.negative != 0);
-  return value_of(q, negative ? 1 : 0);
+std::int16_t sign_of_quotient(bool quotient_is_zero, const bignum& a, const bignum& d) {
+  return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
 }
+
+// Both magnitudes as machine words. The exits all agree with dividing these, but for what the
+// callers look after: a dividend that is handed on as it is, sign and all.
+struct Words {
+  Words(const bignum& dividend, const bignum& divisor)
+      : fit(debug_switch == 0 && load_short(d, divisor) && d != 0 && load_short(a, dividend)) {}
+
+  std::uint64_t a = 0;
+  std::uint64_t d = 0;
+  bool fit;
+};
 
 // The quotient where no search is needed, its remainder text left to the caller.
 bignum shortcut_quotient(Shortcut kind, const bignum& a) {
   if (kind == Shortcut::DIVIDEND) return a;
-  return bignum(kind == Shortcut::ONE ? 1 : 0);
+  return value_of_short(kind == Shortcut::ONE ? 1 : 0, 0);
+}
+
+struct Division {
+  bignum quotient;
+  bignum remainder;
+};
+
+// The division of magnitudes, neither of them zero; the remainder is not negative.
+Division divide_values(const bignum& a, const bignum& d) {
+  Magnitude q;
+  if (std::uint64_t short_d = 0; debug_switch == 0 && load_short(short_d, d)) {
+    Magnitude dividend;
+    load(dividend, a);
+    const std::uint64_t r = divide_short(q, dividend, short_d);
+    return {value_of(q, sign_of_quotient(q.is_zero(), a, d)), value_of_short(r, 0)};
+  }
+  const Aligned x(a, d);
+  Magnitude r;
+  if (debug_switch != 0) {
+    traced_divide(q, r, x);
+  } else {
+    divide(q, r, x.a, x.d);
+  }
+  return {value_of(q, sign_of_quotient(q.is_zero(), a, d)), value_of_shifted(r, x.shift)};
+}
+
+// The remainder that a division leaves, but for a divisor that equals 1.
+bignum remainder_of(Shortcut kind, const bignum& a, const bignum& d) {
+  if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) return a;
+  if (kind != Shortcut::NONE) return value_of_short(0, 0);
+  return divide_values(a, d).remainder;
+}
+
+// The magnitude as arithmetic reads it, "0" for no digits.
+bignum value_without_foreign(const bignum& b) {
+  Magnitude m;
+  load(m, b);
+  return value_of(m, 0);
+}
+
+constexpr std::uint64_t HALF_SCALE = 1'000'000'000;  // half of the fixed places
+
+// a * 10^18 / d, nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
+bignum short_scaled_quotient(std::uint64_t a, std::uint64_t d) {
+  const std::uint64_t upper = a % d * HALF_SCALE;
+  const std::uint64_t lower = upper % d * HALF_SCALE;
+  bignum result = value_of_short(a / d, 0);
+  const bignum places = value_of_short(upper / d * HALF_SCALE + lower / d, 0);
+  std::memmove(result.vlstr + FIXED_PLACES, result.vlstr, static_cast<std::size_t>(result.length));
+  std::memset(result.vlstr, '0', FIXED_PLACES);
+  std::memcpy(result.vlstr, places.vlstr, static_cast<std::size_t>(places.length));
+  result.finish(result.length + FIXED_PLACES, 0);
+  return result;
 }
 
 }  // namespace
@@ -91,56 +158,77 @@ std::int32_t debug_switch = 0;
 
 bignum bignum::operator/(const bignum& d) const {
   const Shortcut kind = shortcut(*this, d);
-  if (kind != Shortcut::NONE) {
-    bignum result = shortcut_quotient(kind, *this);
-    if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) result.keep_remainder(*this);
-    return result;
+  if (kind == Shortcut::NONE) {
+    Division division = divide_values(*this, d);
+    division.quotient.keep_remainder(division.remainder);
+    return std::move(division.quotient);
   }
-  const Aligned x(*this, d);
-  Magnitude q;
-  Magnitude r;
-  if (debug_switch != 0) {
-    traced_divide(q, r, x);
-  } else {
-    divide(q, r, x.a, x.d);
-  }
-  bignum result = signed_quotient(q, *this, d);
-  result.keep_remainder(value_of_shifted(r, x.shift));
+  bignum result = shortcut_quotient(kind, *this);
+  if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) result.keep_remainder(*this);
   return result;
 }
 
 bignum bignum::quotient(const bignum& d) const {
+  if (const Words x(*this, d); x.fit) {
+    if (x.d == 1 && d.negative == 0) return *this;
+    const std::uint64_t q = x.a / x.d;
+    return value_of_short(q, sign_of_quotient(q == 0, *this, d));
+  }
   if (debug_switch != 0) return *this / d;
   const Shortcut kind = shortcut(*this, d);
   if (kind != Shortcut::NONE) return shortcut_quotient(kind, *this);
-  const Aligned x(*this, d);
   Magnitude q;
-  divide_quotient(q, x.a, x.d);
-  return signed_quotient(q, *this, d);
+  if (std::uint64_t short_d = 0; load_short(short_d, d)) {
+    Magnitude a;
+    load(a, *this);
+    divide_short(q, a, short_d);
+  } else {
+    const Aligned x(*this, d);
+    divide_quotient(q, x.a, x.d);
+  }
+  return value_of(q, sign_of_quotient(q.is_zero(), *this, d));
+}
+
+bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
+  const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
+  if (!fits || debug_switch != 0 || has_foreign || d.has_foreign || is_zero(d)) return false;
+  std::uint64_t short_a = 0;
+  std::uint64_t short_d = 0;
+  if (!load_short(short_d, d)) {
+    const Aligned x(*this, d, FIXED_PLACES);
+    Magnitude quotient;
+    divide_quotient(quotient, x.a, x.d);
+    q = value_of(quotient, 0);
+  } else if (short_d < HALF_SCALE && load_short(short_a, *this)) {
+    q = short_scaled_quotient(short_a, short_d);
+  } else {
+    Magnitude a;
+    Magnitude quotient;
+    load(a, *this, FIXED_PLACES);
+    divide_short(quotient, a, short_d);
+    q = value_of(quotient, 0);
+  }
+  return true;
+}
+
+bignum bignum::remainder(const bignum& d) const {
+  if (const Words x(*this, d); x.fit) {
+    const bool keeps_sign = negative != 0 && d.negative != 0 && x.a < x.d;
+    return value_of_short(x.a % x.d, keeps_sign ? 1 : 0);
+  }
+  const Shortcut kind = shortcut(*this, d);
+  return kind == Shortcut::DIVIDEND ? get_remainder() : remainder_of(kind, *this, d);
 }
 
 bignum bignum::operator%(const bignum& b) const {
-  bignum r(0);
-  if (b != bignum(0)) {
-    const Shortcut kind = shortcut(*this, b);
-    if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) {
-      const Digits digits(*this);
-      Magnitude m;
-      load(m, digits.text, digits.length, 0);
-      r = value_of(m, 0);
-    } else if (kind == Shortcut::NONE) {
-      const Aligned x(*this, b);
-      Magnitude q;
-      Magnitude rest;
-      if (debug_switch != 0) {
-        traced_divide(q, rest, x);
-      } else {
-        divide(q, rest, x.a, x.d);
-      }
-      r = value_of_shifted(rest, x.shift);
-    }
-  }
-  r.negative = negative != 0 ? 1 : 0;
+  const std::int16_t sign = negative != 0 ? 1 : 0;
+  if (b.equals_digit('0')) return value_of_short(0, sign);
+  if (const Words x(*this, b); x.fit) return value_of_short(x.a % x.d, sign);
+  const Shortcut kind = shortcut(*this, b);
+  if (kind == Shortcut::DIVIDEND) return value_of_short(0, sign);
+  bignum r = remainder_of(kind, *this, b);
+  if (r.length == 0 || r.has_foreign) r = value_without_foreign(r);
+  r.negative = sign;
   return r;
 }
 

@@ -12,24 +12,8 @@
 namespace omrel {
 namespace {
 
-// Eight digits of a digit text, as one limb: digits, then pairs, then fours.
-Limb limb_of(std::uint64_t word) {
-  word &= 0x0F0F0F0F0F0F0F0F;
-  word = (word + (word >> 8) * 10) & 0x00FF00FF00FF00FF;
-  word = (word + (word >> 16) * 100) & 0x0000FFFF0000FFFF;
-  return (word + (word >> 32) * 10000) & 0xFFFFFFFF;
-}
-
-// One limb as eight digits. The divisions by 100 and 10 are multiplications that are exact for
-// fields below 10^4 and 10^2.
-std::uint64_t word_of(Limb limb) {
-  const std::uint64_t high = limb / 10000;
-  std::uint64_t word = (limb - high * 10000) | (high << 32);
-  const std::uint64_t hundreds = ((word * 10486) >> 20) & 0x0000007F0000007F;
-  word = (word - hundreds * 100) | (hundreds << 16);
-  const std::uint64_t tens = ((word * 103) >> 10) & 0x000F000F000F000F;
-  return (word - tens * 10) | (tens << 8) | ASCII_ZEROS;
-}
+constexpr std::uint32_t HIGH_FACTOR = 390'625;  // LIMB_BASE / 2^8
+static_assert(LIMB_BASE == Limb{HIGH_FACTOR} << 8);
 
 void multiply_short(Limb* columns, const Magnitude& a, const Magnitude& b) {
   for (int j = 0; j < b.count(); ++j) {
@@ -40,20 +24,15 @@ void multiply_short(Limb* columns, const Magnitude& a, const Magnitude& b) {
 }  // namespace
 
 Magnitude::Magnitude(Limb value) {
-  std::fill_n(storage, ROW_PADDING, 0);
   limb()[0] = value % LIMB_BASE;
-  limb()[1] = value / LIMB_BASE;
-  set_count(2);
-}
-
-Magnitude::Magnitude(const Magnitude& m) {
-  std::fill_n(storage, ROW_PADDING, 0);
-  *this = m;
+  limb()[1] = value / LIMB_BASE % LIMB_BASE;
+  limb()[2] = value / (LIMB_BASE * LIMB_BASE);
+  set_count(3);
 }
 
 Magnitude& Magnitude::operator=(const Magnitude& m) {
   if (this == &m) return *this;
-  std::copy_n(m.limb(), m.limb_count + ROW_PADDING, limb());
+  std::copy_n(m.storage, m.limb_count + 2 * ROW_PADDING, storage);
   limb_count = m.limb_count;
   return *this;
 }
@@ -62,6 +41,7 @@ void Magnitude::set_count(int at_most) {
   while (at_most > 0 && limb()[at_most - 1] == 0) --at_most;
   assert(at_most <= MAX_LIMBS);
   limb_count = at_most;
+  std::fill_n(storage, ROW_PADDING, 0);
   std::fill_n(limb() + at_most, ROW_PADDING, 0);
 }
 
@@ -72,11 +52,11 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
   if (shift > 0 && length > 0) {
     const int first = std::min(LIMB_DIGITS - shift, length);
     const std::uint64_t word = load_tail(digits, first);
-    *limb++ = limb_of((word & 0x0F0F0F0F0F0F0F0F) << (8 * shift));
+    *limb++ = number_of((word & 0x0F0F0F0F0F0F0F0F) << (8 * shift));
     i = first;
   }
-  for (; i + LIMB_DIGITS <= length; i += LIMB_DIGITS) *limb++ = limb_of(load_word(digits + i));
-  if (i < length) *limb++ = limb_of(load_tail(digits + i, length - i));
+  for (; i + LIMB_DIGITS <= length; i += LIMB_DIGITS) *limb++ = number_of(load_word(digits + i));
+  if (i < length) *limb++ = number_of(load_tail(digits + i, length - i));
   m.set_count(static_cast<int>(limb - m.limb()));
 }
 
@@ -85,14 +65,24 @@ int store(char* digits, const Magnitude& m) {
   return digit_count(m);
 }
 
+// Three passes in one, so that only the last carry, 0 or 1, waits for the column before: a column
+// is below 2^64 and sends less than 2^38 up; with what it receives it is below 2^38 and sends less
+// than 2^11 up; with that it is below twice the base.
 void carry_columns(Limb* columns, int count) {
+  Limb sent = 0;
+  Limb sent_again = 0;
   Limb carry = 0;
   for (int i = 0; i < count; ++i) {
-    const Limb total = columns[i] + carry;
-    carry = total / LIMB_BASE;
-    columns[i] = total - carry * LIMB_BASE;
+    const Limb quotient = columns[i] / LIMB_BASE;
+    const Limb received = columns[i] - quotient * LIMB_BASE + sent;
+    const Limb again = Limb{static_cast<std::uint32_t>(received >> 8) / HIGH_FACTOR};
+    const Limb total = received - again * LIMB_BASE + sent_again + carry;
+    sent = quotient;
+    sent_again = again;
+    carry = total >= LIMB_BASE ? 1 : 0;
+    columns[i] = total - (carry != 0 ? LIMB_BASE : 0);
   }
-  assert(carry == 0);
+  assert(sent == 0 && sent_again == 0 && carry == 0);
 }
 
 int digit_count(const Magnitude& m) {
@@ -172,9 +162,9 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b) {
   return true;
 }
 
-// Rows of doubled limbs, each from the lanes above its own on; four at a time start at lane j + 4,
-// so row k of the four brings the lanes from j + 4 - k, where lane k itself and those below belong
-// to the square only once or to another row. The first seven columns put that right.
+// Rows of doubled limbs, each from the lanes above its own on. The rows of a group start together
+// at the lane above the group, so row k of it brings the lanes from ROWS - k on; which of the
+// products within the group are missing, and which are one too many, is put right by hand.
 bool square(Magnitude& product, const Magnitude& a) {
   const int count = 2 * a.count();
   if (count > MAX_LIMBS) return false;
@@ -183,21 +173,20 @@ bool square(Magnitude& product, const Magnitude& a) {
   for (int j = 0; j < a.count(); j += ROWS) {
     const Limb* m = a.limb() + j;
     Limb* c = columns + 2 * j;
-    c[0] += m[0] * m[0];
-    c[1] += 2 * m[0] * m[1];
-    c[2] += 2 * m[0] * m[2] + m[1] * m[1];
-    c[3] += 2 * (m[0] * m[3] + m[1] * m[2]);
-    if (a.count() - j <= ROWS) {
-      c[4] += 2 * m[1] * m[3] + m[2] * m[2];
-      c[5] += 2 * m[2] * m[3];
-      c[6] += m[3] * m[3];
-    } else {
-      c[4] -= 2 * m[1] * m[3] + m[2] * m[2];  // columns count modulo 2^64
-      c[5] -= 2 * m[2] * m[3];
-      c[6] -= m[3] * m[3];
-      const Limb twice[ROWS] = {2 * m[0], 2 * m[1], 2 * m[2], 2 * m[3]};
-      add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
+    const bool rows_follow = a.count() - j > ROWS;
+    const int group = std::min(a.count() - j, ROWS);
+    for (int k = 0; k < group; ++k) {
+      for (int l = 0; l <= k; ++l) {
+        // Without rows each pair counts once; with them, those from column ROWS on are there
+        // twice over (a square twice, a pair once from either side), and columns wrap round.
+        const Limb pair = m[k] * m[l] << (k == l ? 0 : 1);
+        c[k + l] += rows_follow && k + l >= ROWS ? 0 - pair : pair;
+      }
     }
+    if (!rows_follow) break;
+    Limb twice[ROWS];
+    for (int k = 0; k < ROWS; ++k) twice[k] = 2 * m[k];
+    add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
   }
   carry_columns(columns, count);
   product.set_count(count);

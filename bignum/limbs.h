@@ -11,19 +11,19 @@ namespace omrel {
 constexpr int LIMB_DIGITS = 8;
 constexpr Limb LIMB_BASE = 100'000'000;
 
-// Room for 6,500 digits and up to seven more by which both operands of a division are shifted,
-// and for an even product's top limb.
-constexpr int MAX_LIMBS = 816;
+// Room for 6,500 digits and 25 more, by which the operands of a division are shifted, and for as
+// many binary limbs as such a number has; see radix.h.
+constexpr int MAX_LIMBS = 832;
 
 // A magnitude: limbs from the least significant, the top one not zero; zero has none.
 //
-// The limbs around the number's own are zero as far as add_rows reads: ROW_PADDING below, kept so
-// for ever, and ROW_PADDING above, as set_count leaves them. The rest is not initialised.
+// The limbs around the number's own are zero as far as add_rows reads, ROW_PADDING below and above,
+// as set_count leaves them; the rest is not initialised. Nothing is, before a number is written.
 class Magnitude {
  public:
-  Magnitude() : Magnitude(0) {}
-  explicit Magnitude(Limb value);  // below LIMB_BASE * LIMB_BASE
-  Magnitude(const Magnitude& m);
+  Magnitude() {}                   // room for a number
+  explicit Magnitude(Limb value);  // any value of 64 bits
+  Magnitude(const Magnitude& m) { *this = m; }
   Magnitude& operator=(const Magnitude& m);
 
   Limb* limb() { return storage + ROW_PADDING; }
@@ -31,7 +31,7 @@ class Magnitude {
   int count() const { return limb_count; }
   bool is_zero() const { return limb_count == 0; }
 
-  // Ends the number at its highest non-zero limb below `at_most`, and clears the padding above.
+  // Ends the number at its highest non-zero limb below `at_most`, and clears the padding.
   void set_count(int at_most);
 
  private:
@@ -76,6 +76,9 @@ void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d);
 
 // q = a / d as divide, without the remainder: skips the products that cannot reach the quotient.
 void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d);
+
+// q = a / d for 0 < d < 10^18, another object than a; returns the remainder.
+std::uint64_t divide_short(Magnitude& q, const Magnitude& a, std::uint64_t d);
 
 // s = the largest magnitude whose square does not exceed n, another object.
 //

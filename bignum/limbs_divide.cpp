@@ -9,8 +9,8 @@
 // together with at most one more subtraction of the divisor.
 //
 // The remainder is kept as columns that are not normalised, negated, so that subtracting a row is
-// adding one: columns = q * d - a. Four quotient limbs are found from the top columns alone, then
-// their four rows are added in one go.
+// adding one: columns = q * d - a. Eight quotient limbs are found from the top columns alone, then
+// their eight rows are added in one go.
 //
 // The divisor's top limb is at least LIMB_BASE / 10 because both operands are loaded with a shift
 // by decimal digits. So H, of the order of a product of two limbs, resolves the quotient limb.
@@ -26,7 +26,7 @@ using SignedLimb = std::int64_t;
 
 constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
 constexpr double ESTIMATE_BIAS = 1e-6;
-constexpr int TOP = 6;          // leading divisor limbs that a group of four estimates reads
+constexpr int TOP = ROWS + 2;   // leading divisor limbs that a group of estimates reads
 constexpr int GUARD_LIMBS = 4;  // columns below the divisor's top whose carries may be ignored
 
 class LongDivision {
@@ -81,7 +81,7 @@ class LongDivision {
     return (static_cast<double>(static_cast<SignedLimb>(head)) + low * PER_LIMB) * reciprocal;
   }
 
-  // Finds the limbs at positions j + 3 to j (fewer at the quotient's top) from the top columns.
+  // Finds the limbs at positions j + ROWS - 1 to j (fewer at the top) from the top columns.
   //
   // At position p the head is the remainder's columns from p + d.count() - 1 up, as one integer.
   // near[m] is the remainder's column m places below them at the group's first position, with the
@@ -131,7 +131,7 @@ void carry_quotient(Magnitude& q, int count, Limb carry) {
 
 void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d) {
   if (a.count() < d.count()) {
-    q = Magnitude();
+    q = Magnitude(0);
     r = a;
     return;
   }
@@ -152,6 +152,32 @@ void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d) {
   }
   Magnitude r;
   divide(q, r, a, d);
+}
+
+std::uint64_t divide_short(Magnitude& q, const Magnitude& a, std::uint64_t d) {
+  const double per_divisor = 1.0 / static_cast<double>(d);
+  const double base_per_divisor = static_cast<double>(LIMB_BASE) * per_divisor;
+  SignedLimb r = 0;
+  const auto divisor = static_cast<SignedLimb>(d);
+  for (int i = a.count() - 1; i >= 0; --i) {
+    // 0 <= r < d. The estimate is right or off by one, so the new r, which is computed modulo
+    // 2^64, lies between -d and 2 d.
+    const Limb limb = a.limb()[i];
+    const double guess = static_cast<double>(r) * base_per_divisor +
+                         static_cast<double>(static_cast<SignedLimb>(limb)) * per_divisor;
+    Limb estimate = static_cast<Limb>(static_cast<SignedLimb>(guess));
+    r = static_cast<SignedLimb>(static_cast<Limb>(r) * LIMB_BASE + limb - estimate * d);
+    if (r < 0) {
+      r += divisor;
+      --estimate;
+    } else if (r >= divisor) {
+      r -= divisor;
+      ++estimate;
+    }
+    q.limb()[i] = estimate;
+  }
+  q.set_count(a.count());
+  return static_cast<std::uint64_t>(r);
 }
 
 }  // namespace omrel

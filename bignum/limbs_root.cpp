@@ -1,11 +1,11 @@
 // Square root, a limb at a time from the top: with the root so far s and the remainder n - s^2, the
 // next limb x at position p takes (2 s x + x^2 B^p) B^p more. That is long division by a divisor
 // that grows, and it is done as long division is (see limbs_divide.cpp): estimates from floating
-// point that are never too large, columns that are not normalised and hold s^2 - n, rows of four
+// point that are never too large, columns that are not normalised and hold s^2 - n, rows of eight
 // limbs added in one go.
 //
 // The first limbs, FIRST of them, find their own square among the leading columns and are taken
-// one by one. Later ones cannot, and only add it when their four are known.
+// one by one. Later ones cannot, and only add it when their eight are known.
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -19,8 +19,8 @@ using SignedLimb = std::int64_t;
 
 constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
 constexpr double ESTIMATE_BIAS = 1e-6;
-constexpr int TOP = 6;          // leading limbs of 2 s that a group of four estimates reads
-constexpr int FIRST = 8;        // limbs taken one by one
+constexpr int TOP = ROWS + 2;   // leading limbs of 2 s that a group of estimates reads
+constexpr int FIRST = 12;       // limbs taken one by one
 constexpr int GUARD_LIMBS = 5;  // columns below the head whose carries may be ignored
 
 class LimbRoot {
@@ -38,7 +38,7 @@ class LimbRoot {
   void run(int cut) {
     int p = limb_count - 2;
     for (; p >= 0 && (p >= limb_count - FIRST || p % ROWS != ROWS - 1); --p) take_limb(p);
-    for (; p >= 0; p -= ROWS) take_four(p - ROWS + 1, cut);
+    for (; p >= 0; p -= ROWS) take_group(p - ROWS + 1, cut);
   }
 
   // Whether the remainder is certainly at most twice the root.
@@ -108,7 +108,7 @@ class LimbRoot {
     ratio = estimate(0 - near[-1], 0) * PER_LIMB;
   }
 
-  void take_four(int j, int cut) {
+  void take_group(int j, int cut) {
     Limb near[ROWS + 1];
     const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
     for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
@@ -144,7 +144,7 @@ class LimbRoot {
 
 void square_root(Magnitude& s, const Magnitude& n) {
   if (n.is_zero()) {
-    s = Magnitude();
+    s = Magnitude(0);
     return;
   }
   LimbRoot limbs(n);

@@ -1,6 +1,7 @@
 #include "bignum/magnitude_power.h"
 
 #include <cmath>
+#include <utility>
 
 #include "bignum/bignum.h"
 
@@ -15,13 +16,25 @@ double low_log10(const Magnitude& m) {
   return std::log10(leading) + LIMB_DIGITS * top - 1e-9;
 }
 
+constexpr Limb MAX_WORD = ~Limb{0};
+constexpr Limb MAX_WORD_ROOT = Limb{1} << 32;
+
 bool fits(const Magnitude& m) { return digit_count(m) < MAX_DIGITS; }
 
-// The product of the numbers from low to high, which is not empty.
+// The product of the numbers from low to high, which is not empty. A few of them make a machine
+// word before they are multiplied in; many are multiplied by halves.
 bool product_of_range(Magnitude& r, int low, int high) {
-  if (high - low < 16) {
-    r = Magnitude(static_cast<Limb>(low));
-    for (int i = low + 1; i <= high; ++i) multiply_add(r, static_cast<Limb>(i), 0);
+  constexpr int FEW = 50;
+  constexpr Limb MAX_FACTOR = Limb{1} << 32;
+  if (high - low < FEW) {
+    r = Magnitude(1);
+    Limb factor = 1;
+    for (int i = low; i <= high; ++i) {
+      const auto number = static_cast<Limb>(i);
+      if (factor * number >= MAX_FACTOR) multiply_add(r, std::exchange(factor, Limb{1}), 0);
+      factor *= number;
+    }
+    multiply_add(r, factor, 0);
     return true;
   }
   const int middle = low + (high - low) / 2;
@@ -68,16 +81,27 @@ bool power(Magnitude& r, const Magnitude& base, int n) {
   r = base;
   if (base.is_zero() || n == 1 || (base.count() == 1 && base.limb()[0] == 1)) return true;
   if (low_log10(base) * n >= MAX_DIGITS - 1) return false;
-  // From the exponent's highest bit down: r = base^(the bits so far).
+  // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
+  int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
+  const Limb word_base = base.limb()[0];
+  const bool base_is_word = base.count() == 1;
+  if (base_is_word) {
+    Limb word = word_base;
+    for (; bit >= 0 && word < MAX_WORD_ROOT; --bit) {
+      if (((n >> bit) & 1) != 0 && word * word >= MAX_WORD / word_base) break;
+      word *= ((n >> bit) & 1) != 0 ? word * word_base : word;
+    }
+    r = Magnitude(word);
+  }
   Magnitude next;
-  for (int bit = 30 - __builtin_clz(static_cast<unsigned>(n)); bit >= 0; --bit) {
+  for (; bit >= 0; --bit) {
     if (!square(next, r)) return false;
     if (((n >> bit) & 1) == 0) {
       r = next;
-    } else if (base.count() == 1) {
+    } else if (base_is_word) {
       r = next;
       if (r.count() >= MAX_LIMBS - 1) return false;
-      multiply_add(r, base.limb()[0], 0);
+      multiply_add(r, word_base, 0);
     } else if (!multiply(r, next, base)) {
       return false;
     }
@@ -99,13 +123,22 @@ bool factorial(Magnitude& r, int n) {
 //   F(2k) = f (f + 2 g),  F(2k + 1) = (2 f + g) (2 f - g) + 2 (-1)^k.
 bool fibonacci(Magnitude& r, int n) {
   constexpr double LOG10_GOLDEN_RATIO = 0.20898764024997873;
+  constexpr int MAX_WORD_INDEX = 93;
   if (n * LOG10_GOLDEN_RATIO >= MAX_DIGITS) return false;
-  r = Magnitude(1);
-  if (n < 2) return true;
-  Magnitude f(1);
-  Magnitude g(0);
-  bool k_is_odd = true;
-  for (int bit = 30 - __builtin_clz(static_cast<unsigned>(n)); bit >= 1; --bit) {
+  // The index's highest bits, as far as the number of that index is a machine word.
+  int bit = 0;
+  while (n >> bit > MAX_WORD_INDEX) ++bit;
+  Limb word_f = 1;
+  Limb word_g = 0;
+  for (int k = 1; k < n >> bit; ++k) word_g = std::exchange(word_f, word_f + word_g);
+  Magnitude f(word_f);
+  Magnitude g(word_g);
+  if (bit == 0) {
+    r = f;
+    return true;
+  }
+  bool k_is_odd = ((n >> bit) & 1) != 0;
+  for (--bit; bit >= 1; --bit) {
     const bool bit_is_set = ((n >> bit) & 1) != 0;
     double_index(f, g, k_is_odd, bit_is_set);
     k_is_odd = bit_is_set;

@@ -18,19 +18,30 @@ int rows_length(int a_length, int b_length) {
   return std::clamp(a_length + b_length - 1, 1, MAX_DIGITS - 1);
 }
 
+bignum product(const bignum& a, const bignum& b, std::int16_t sign) {
+  std::uint64_t short_a = 0;
+  std::uint64_t short_b = 0;
+  if (a.length <= SHORT_DIGITS / 2 && b.length <= SHORT_DIGITS / 2 && load_short(short_a, a) &&
+      load_short(short_b, b)) {
+    return value_of_short(short_a * short_b, sign);
+  }
+  Magnitude x;
+  Magnitude y;
+  Magnitude xy;
+  load(x, a);
+  load(y, b);
+  if (!multiply(xy, x, y)) overflow();
+  return value_of(xy, sign);
+}
+
 }  // namespace
 
 bignum bignum::operator*(const bignum& b) const {
-  Magnitude x;
-  Magnitude y;
-  Magnitude product;
-  load(x, *this);
-  load(y, b);
-  if (!multiply(product, x, y)) overflow();
-  bignum result = value_of(product, (negative != 0) == (b.negative != 0) ? 0 : 1);
+  const std::int16_t sign = (negative != 0) == (b.negative != 0) ? 0 : 1;
+  bignum result = product(*this, b, sign);
   const int shown = std::max(result.length, rows_length(length, b.length));
   std::memset(result.vlstr + result.length, '0', static_cast<std::size_t>(shown - result.length));
-  result.finish(shown, result.negative);
+  result.finish(shown, sign);
   return result;
 }
 

@@ -4,6 +4,7 @@
 // halves, Fibonacci numbers double their index, and a square root is found limb by limb. Only the
 // root of a number that is negative (or has no digits) takes Newton's steps, which are its
 // definition; so does every root while the debug switch shows the divisions.
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -17,22 +18,32 @@
 namespace omrel {
 namespace {
 
-// The value as 32 bits, INT32_MAX when it does not fit. Not for negative values.
+// The value up to its first foreign character as 32 bits, INT32_MAX when it does not fit. Not for
+// negative values.
 std::int32_t clamped(const bignum& n) {
-  const Digits digits(n);
   std::int64_t value = 0;
-  for (int i = significant_length(digits.text, digits.length) - 1; i >= 0; --i) {
-    value = value * 10 + (digits.text[i] - '0');
+  for (int i = significant_length(n.vlstr, n.length) - 1; i >= 0; --i) {
+    const int digit = n.vlstr[i] - '0';
+    if (digit < 0 || digit > 9) break;
+    value = value * 10 + digit;
     if (value > INT32_MAX) return INT32_MAX;
   }
   return static_cast<std::int32_t>(value);
+}
+
+// The square root of a number below 2^62.
+std::uint64_t short_root(std::uint64_t n) {
+  auto root = static_cast<std::uint64_t>(std::sqrt(static_cast<double>(n)));
+  while (root * root > n) --root;  // the conversion to double may have rounded up or down
+  while ((root + 1) * (root + 1) <= n) ++root;
+  return root;
 }
 
 // s / 2 with s's sign, as operator/ gives it.
 bignum half(const bignum& s) {
   if (debug_switch != 0) return s / bignum(2);
   bignum t = s.div2();
-  if (s.negative != 0 && t != bignum(0)) t.negative = 1;
+  if (s.negative != 0 && !t.equals_digit('0')) t.negative = 1;
   return t;
 }
 
@@ -59,43 +70,77 @@ bignum newton_root(const bignum& n) {
   }
 }
 
+constexpr std::int32_t MAX_SHORT_FACTORIAL = 20;
+
+// power = base^n, n >= 2; false when that is not below 10^18.
+bool short_pow(std::uint64_t& power, std::uint64_t base, std::int32_t n) {
+  constexpr std::uint64_t LIMIT = 1'000'000'000;  // squares of what is below it fit
+  power = 1;
+  if (base < 2) {
+    power = base;
+    return true;
+  }
+  for (;; base *= base, n /= 2) {
+    if (n % 2 != 0) {
+      if (power >= LIMIT || base >= LIMIT) return false;
+      power *= base;
+    }
+    if (n == 1) return true;
+    if (base >= LIMIT) return false;
+  }
+}
+
 }  // namespace
 
 bignum bignum::pow(const bignum& x, std::int32_t n) {
-  if (n == 0) return bignum("1", 0);
+  if (n == 0) return value_of_short(1, 0);
   if (n <= 1) return x;
+  const std::int16_t sign = x.negative != 0 && n % 2 != 0 ? 1 : 0;
+  std::uint64_t short_base = 0;
+  std::uint64_t short_power = 0;
+  if (load_short(short_base, x) && short_pow(short_power, short_base, n)) {
+    return value_of_short(short_power, sign);
+  }
   Magnitude base;
   Magnitude r;
   load(base, x, 0);
   if (!power(r, base, n)) overflow();
-  return value_of(r, x.negative != 0 && n % 2 != 0 ? 1 : 0);
+  return value_of(r, sign);
 }
 
 bignum bignum::pow2(const bignum& n) {
   const std::int32_t m = n.negative != 0 ? 0 : clamped(n);
-  if (n < bignum(POWER_OF_TWO_COUNT)) {
+  if (m < POWER_OF_TWO_COUNT && (!n.has_foreign || n < bignum(POWER_OF_TWO_COUNT))) {
     return bignum(PowerOfTwoTable[static_cast<unsigned>(m)].data(), 0);
   }
   return pow(bignum(2), m);
 }
 
 bignum bignum::fact(std::int32_t n) {
+  if (n <= MAX_SHORT_FACTORIAL) {
+    std::uint64_t product = 1;
+    for (int i = 2; i <= n; ++i) product *= static_cast<std::uint64_t>(i);
+    return value_of_short(product, 0);
+  }
   Magnitude r;
   if (!factorial(r, n)) overflow();
   return value_of(r, 0);
 }
 
 bignum bignum::fib(std::int32_t n) {
-  if (n == 0) return bignum(0);
+  if (n == 0) return value_of_short(0, 0);
   Magnitude r;
   if (!fibonacci(r, n < 1 ? 1 : n)) overflow();
   return value_of(r, 0);
 }
 
 bignum bignum::sqrt(const bignum& n) {
-  if (n == bignum(0)) return bignum(0);
+  if (n.equals_digit('0')) return bignum(0);
   const Digits digits(n);
   const int length = significant_length(digits.text, digits.length);
+  if (debug_switch == 0 && n.negative == 0 && length > 0) {
+    if (std::uint64_t x = 0; load_short(x, n)) return value_of_short(short_root(x), 0);
+  }
   if (debug_switch != 0 || n.negative != 0 || length == 0) return newton_root(n);
   // An even shift that fills the top pair of limbs; the root comes out shifted by half of it.
   const int shift = (2 * LIMB_DIGITS - length % (2 * LIMB_DIGITS)) % (2 * LIMB_DIGITS) / 2 * 2;
@@ -105,9 +150,5 @@ bignum bignum::sqrt(const bignum& n) {
   square_root(root, m);
   return value_of_shifted(root, shift / 2);
 }
-
-bignum bignum::max(const bignum& a, const bignum& b) { return a > b ? a : b; }
-
-bignum bignum::min(const bignum& a, const bignum& b) { return a < b ? a : b; }
 
 }  // namespace omrel

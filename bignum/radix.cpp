@@ -1,7 +1,10 @@
 // Radix conversion by halves (Knuth, The Art of Computer Programming, vol. 2, 4.4, method 1b with
-// the splitting of exercise 14), from the bottom up: blocks of eight limbs are converted one limb
-// at a time, then neighbours are joined, low + high * (source base)^(limbs of low), until one
-// block is left. The powers depend on the level only and are kept for the process.
+// the splitting of exercise 14), from the bottom up: blocks of a few limbs are sums of limbs times
+// powers of the source base, with a single carry pass; then neighbours are joined, low + high *
+// (source base)^(limbs of low), until one block is left. The powers are kept for the process.
+//
+// A power of ten is kept without most of its factors of two, which are a shift: 10^(8 n) is
+// (5^(8 n) 2^(8 n mod 26)) shifted by whole binary limbs, and a third shorter.
 #include "bignum/radix.h"
 
 #include <algorithm>
@@ -10,106 +13,178 @@
 namespace omrel {
 namespace {
 
-constexpr int BLOCK = 8;       // source limbs in a block of the lowest level
-constexpr int BLOCK_ROOM = 9;  // target limbs for them: 10^64 < 2^(9 * 27) and 2^(8 * 27) < 10^72
-constexpr int LEVELS = 7;      // BLOCK << LEVELS limbs can be joined
-constexpr int MAX_BLOCKS = 1 << LEVELS;
-static_assert(MAX_LIMBS <= BLOCK * MAX_BLOCKS);
+constexpr int BLOCK = 8;   // source limbs in a block of the lowest level
+constexpr int LEVELS = 7;  // of joining
+constexpr int MAX_SOURCE = BLOCK << LEVELS;
+static_assert(MAX_LIMBS <= MAX_SOURCE);
+static_assert(BLOCK <= ROW_PADDING);  // the top block reads zeros above the number
+constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
 
-struct Decimal {
-  static constexpr Limb BASE = LIMB_BASE;
-  static void carry(Limb* columns, int count) { carry_columns(columns, count); }
-};
+struct ToBinary {
+  static constexpr Limb SOURCE = LIMB_BASE;
+  static constexpr Limb TARGET = BINARY_BASE;
+  static constexpr Limb ODD_FACTOR = 390'625;  // of SOURCE; the rest is 2^8
+  static constexpr int FACTORS_OF_TWO = 8;
 
-struct Binary {
-  static constexpr Limb BASE = Limb{1} << BINARY_LIMB_BITS;
+  // Target limbs for n source limbs: 10^8 < 2^(26 + 26 / 32).
+  static constexpr int room(int n) { return n + n / 32 + 1; }
+
   static void carry(Limb* columns, int count) {
     Limb carry = 0;
     for (int i = 0; i < count; ++i) {
       const Limb total = columns[i] + carry;
       carry = total >> BINARY_LIMB_BITS;
-      columns[i] = total & (BASE - 1);
+      columns[i] = total & (TARGET - 1);
+    }
+  }
+
+  // Leaves limbs of up to 2^26 + 2^12: good enough to go on with, and no carry waits for another.
+  static void settle(Limb* target, Limb* columns, int count) {
+    columns[-1] = 0;
+    for (int i = count - 1; i >= 0; --i) {
+      columns[i] = (columns[i] & (TARGET - 1)) + (columns[i - 1] >> BINARY_LIMB_BITS);
+    }
+    for (int i = 0; i < count; ++i) {
+      target[i] = (columns[i] & (TARGET - 1)) + (columns[i - 1] >> BINARY_LIMB_BITS);
     }
   }
 };
 
-// out = out * From::BASE + limb, out having `count` limbs of To.
-template <class From, class To>
-void append_limb(Limb* out, int count, Limb limb) {
-  for (int i = 0; i < count; ++i) {
-    const Limb total = out[i] * From::BASE + limb;
-    limb = total / To::BASE;
-    out[i] = total % To::BASE;
-  }
-}
+struct ToDecimal {
+  static constexpr Limb SOURCE = BINARY_BASE;
+  static constexpr Limb TARGET = LIMB_BASE;
+  static constexpr Limb ODD_FACTOR = BINARY_BASE;  // no shift in the target
+  static constexpr int FACTORS_OF_TWO = 0;
 
-// columns = low + high * power, `room` limbs of each half going in and twice as many coming out.
-template <class To>
-void join(Limb* columns, const Limb* low, const Limb* high, int room, const Magnitude& power) {
-  std::copy_n(low, room, columns);
-  std::fill_n(columns + room, room + ROW_PADDING, 0);
-  int high_count = room;
-  while (high_count > 0 && high[high_count - 1] == 0) --high_count;
-  for (int j = 0; j < high_count; j += ROWS) {
+  // 2^26 < 10^8
+  static constexpr int room(int n) { return n; }
+
+  static void carry(Limb* columns, int count) { carry_columns(columns, count); }
+  static void settle(Limb* target, Limb* columns, int count) {
+    carry_columns(columns, count);
+    std::copy_n(columns, count, target);
+  }
+};
+
+// (source base)^(BLOCK << level): a factor, and whole limbs of the target base behind it.
+struct Power {
+  Magnitude factor;
+  int shift = 0;
+};
+
+// columns += x * y, x having zeros around it as add_rows wants them.
+void add_product(Limb* columns, const Magnitude& x, const Limb* y, int y_count) {
+  for (int j = 0; j < y_count; j += ROWS) {
     Limb m[ROWS] = {};
-    std::copy_n(high + j, std::min(ROWS, high_count - j), m);
-    add_rows(columns + j, power.limb(), power.count(), m);
+    std::copy_n(y + j, std::min(ROWS, y_count - j), m);
+    add_rows(columns + j, x.limb(), x.count(), m);
   }
-  To::carry(columns, 2 * room);
 }
 
-// entry[i] = (source base)^(BLOCK << i) in limbs of To.
-template <class From, class To>
+template <class Way>
 struct Powers {
-  Magnitude entry[LEVELS];
+  static constexpr int BLOCK_ROOM = Way::room(BLOCK);
+
+  Limb small[BLOCK][BLOCK_ROOM];  // (source base)^i
+  Power entry[LEVELS];
 
   Powers() {
-    Limb* first = entry[0].limb();
-    std::fill_n(first, BLOCK_ROOM, 0);
-    first[0] = 1;
-    for (int i = 0; i < BLOCK; ++i) append_limb<From, To>(first, BLOCK_ROOM, 0);
-    entry[0].set_count(BLOCK_ROOM);
-    for (int i = 1; i < LEVELS; ++i) {
-      Limb zero[BLOCK_ROOM << LEVELS] = {};
-      Limb columns[(BLOCK_ROOM << LEVELS) + ROW_PADDING];
-      const int room = entry[i - 1].count();
-      join<To>(columns, zero, entry[i - 1].limb(), room, entry[i - 1]);
-      std::copy_n(columns, 2 * room, entry[i].limb());
-      entry[i].set_count(2 * room);
+    Limb power[BLOCK_ROOM] = {1};
+    for (auto& entry_of_i : small) {
+      for (int k = 0; k < BLOCK_ROOM; ++k) {
+        entry_of_i[k] = power[k];
+        power[k] *= Way::SOURCE;
+      }
+      if (&entry_of_i != &small[BLOCK - 1]) Way::carry(power, BLOCK_ROOM);
     }
+    Magnitude odd(1);  // the odd factor to the power BLOCK << level
+    for (int i = 0; i < BLOCK; ++i) odd = product(odd, Way::ODD_FACTOR);
+    for (int level = 0; level < LEVELS; ++level) {
+      const int twos = Way::FACTORS_OF_TWO * (BLOCK << level);
+      entry[level].factor = product(odd, Limb{1} << twos % BINARY_LIMB_BITS);
+      entry[level].shift = twos / BINARY_LIMB_BITS;
+      odd = product(odd, odd);
+    }
+  }
+
+ private:
+  static Magnitude product(const Magnitude& x, const Magnitude& y) {
+    Magnitude result;
+    const int count = x.count() + y.count();
+    std::fill_n(result.limb(), count + ROW_PADDING, 0);
+    add_product(result.limb(), x, y.limb(), y.count());
+    Way::carry(result.limb(), count);
+    result.set_count(count);
+    return result;
+  }
+  static Magnitude product(const Magnitude& x, Limb factor) {
+    Magnitude y;
+    y.limb()[0] = factor % Way::TARGET;
+    y.limb()[1] = factor / Way::TARGET;
+    y.set_count(2);
+    return product(x, y);
   }
 };
 
-template <class From, class To>
-void convert(Magnitude& target, const Magnitude& source) {
-  static const Powers<From, To> powers;
-  Limb work[BLOCK_ROOM * MAX_BLOCKS] = {};
-  Limb columns[BLOCK_ROOM * MAX_BLOCKS + ROW_PADDING];
-  int block_count = (source.count() + BLOCK - 1) / BLOCK;
-  for (int i = source.count() - 1; i >= 0; --i) {
-    append_limb<From, To>(work + i / BLOCK * BLOCK_ROOM, BLOCK_ROOM, source.limb()[i]);
+// Converts a block, `count` source limbs of it.
+template <class Way>
+void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
+  constexpr int ROOM = Powers<Way>::BLOCK_ROOM;
+  Limb sum[ROOM] = {};
+  for (int i = 0; i < count; ++i) {
+    // The i-th power has no more limbs than this.
+    for (int k = 0; k <= i + ROOM - BLOCK; ++k) sum[k] += source[i] * powers.small[i][k];
   }
-  int room = BLOCK_ROOM;
-  for (int level = 0; block_count > 1; ++level, room *= 2) {
-    for (Limb* low = work; low < work + (block_count - 1) * room; low += 2 * room) {
-      join<To>(columns, low, low + room, room, powers.entry[level]);
-      std::copy_n(columns, 2 * room, low);
+  for (int k = 0; k < ROOM; ++k) target[k] = sum[k];
+  Way::carry(target, ROOM);
+}
+
+// target = low + high * power, of `room` limbs each, the result of at most `wide_room`; the target
+// may be where low is, or before it.
+template <class Way>
+void join(Limb* target, const Limb* low, int room, int wide_room, const Power& power) {
+  const Limb* high = low + room;
+  int high_count = room;
+  while (high_count > 0 && high[high_count - 1] == 0) --high_count;
+  Limb storage[1 + 2 * MAX_LIMBS + 2 * ROW_PADDING];
+  Limb* columns = storage + 1;
+  std::copy_n(low, room, columns);
+  std::fill_n(columns + room, wide_room - room + ROW_PADDING, 0);
+  add_product(columns + power.shift, power.factor, high, high_count);
+  Way::settle(target, columns, wide_room);
+}
+
+template <class Way>
+void convert(Magnitude& target, const Magnitude& source) {
+  static const Powers<Way> powers;
+  int room = Way::room(BLOCK);
+  Limb work[Way::room(BLOCK) << LEVELS];
+  int blocks = std::max((source.count() + BLOCK - 1) / BLOCK, 1);
+  for (int i = 0; i < blocks; ++i) {
+    const int count = std::min(BLOCK, source.count() - i * BLOCK);
+    convert_block(work + i * room, source.limb() + i * BLOCK, count, powers);
+  }
+  for (int level = 0; blocks > 1; ++level) {
+    const int wide_room = Way::room(BLOCK << (level + 1));
+    if (blocks % 2 != 0) std::fill_n(work + blocks++ * room, room, 0);
+    blocks /= 2;
+    for (int i = 0; i < blocks; ++i) {
+      join<Way>(work + i * wide_room, work + 2 * i * room, room, wide_room, powers.entry[level]);
     }
-    block_count = (block_count + 1) / 2;
+    room = wide_room;
   }
   room = std::min(room, MAX_LIMBS);
   std::copy_n(work, room, target.limb());
+  Way::carry(target.limb(), room);
   target.set_count(room);
 }
 
 }  // namespace
 
-void to_binary(Magnitude& binary, const Magnitude& decimal) {
-  convert<Decimal, Binary>(binary, decimal);
-}
+void to_binary(Magnitude& binary, const Magnitude& decimal) { convert<ToBinary>(binary, decimal); }
 
 void to_decimal(Magnitude& decimal, const Magnitude& binary) {
-  convert<Binary, Decimal>(decimal, binary);
+  convert<ToDecimal>(decimal, binary);
 }
 
 int bit_count(const Magnitude& binary) {

@@ -5,9 +5,9 @@
 
 namespace omrel {
 
-// A binary magnitude is a Magnitude whose limbs hold 27 bits each, the most that let as many
-// products as a magnitude has limbs add up in a column.
-constexpr int BINARY_LIMB_BITS = 27;
+// A binary magnitude is a Magnitude whose limbs hold 26 bits each: fewer than eight decimal digits
+// do, so a number has no more decimal limbs than binary ones.
+constexpr int BINARY_LIMB_BITS = 26;
 
 // Rewrite the number in the other base, into another object.
 // Cost: by halves, so that most of the work is a few long products.

@@ -58,7 +58,7 @@ bool attempt(bignum& candidate, const bignum& low, const bignum& high, int max_d
   // The digits are drawn from the highest down.
   for (int i = n - 1; i >= 0; --i) candidate.vlstr[i] = static_cast<char>(mt_range('0', '9'));
   candidate.finish(n, 0);
-  if (candidate < low || candidate > high) candidate.div10();
+  if (candidate < low || candidate > high) candidate.drop_digit();
   return !(candidate < low) && !(candidate > high);
 }
 

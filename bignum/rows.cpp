@@ -1,6 +1,8 @@
 // Two versions of one loop, for SSE2 and for AVX2, chosen once when the library is loaded, and a
-// plain one for other processors. A column's four products are added before the column is
-// touched, so each column costs one load and one store for four rows.
+// plain one for other processors. A column's eight products are added before the column is
+// touched, and lanes loaded for one vector of columns serve the next ones, where they meet rows
+// further on: so eight rows cost one load and one store of a column and one load of every lane
+// at each of the offsets within a vector.
 #include "bignum/rows.h"
 
 #if (defined(__x86_64__) || defined(__SSE2__)) && !defined(OMREL_PLAIN_LIMBS)
@@ -17,50 +19,59 @@ void add_rows_sse2(Limb* columns, const Limb* lanes, int count, const Limb* m) {
   const auto load = [](const Limb* p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
   };
-  const auto spread = [](Limb x) { return _mm_set1_epi64x(static_cast<long long>(x)); };
-  const __m128i m0 = spread(m[0]), m1 = spread(m[1]), m2 = spread(m[2]), m3 = spread(m[3]);
-  for (int i = 0; i < count + 3; i += 2) {
-    const __m128i p01 =
-        _mm_add_epi64(_mm_mul_epu32(load(lanes + i), m0), _mm_mul_epu32(load(lanes + i - 1), m1));
-    const __m128i p23 = _mm_add_epi64(_mm_mul_epu32(load(lanes + i - 2), m2),
-                                      _mm_mul_epu32(load(lanes + i - 3), m3));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + i),
-                     _mm_add_epi64(load(columns + i), _mm_add_epi64(p01, p23)));
+  __m128i factor[ROWS];
+  for (int k = 0; k < ROWS; ++k) factor[k] = _mm_set1_epi64x(static_cast<long long>(m[k]));
+  __m128i before[ROWS];  // before[k] = lanes at i - k
+  for (int k = 2; k < ROWS; ++k) before[k] = load(lanes - k);
+  for (int i = 0; i < count + ROWS - 1; i += 2) {
+    before[0] = load(lanes + i);
+    before[1] = load(lanes + i - 1);
+    __m128i sum = load(columns + i);
+    for (int k = 0; k < ROWS; ++k) sum = _mm_add_epi64(sum, _mm_mul_epu32(before[k], factor[k]));
+    for (int k = ROWS - 1; k >= 2; --k) before[k] = before[k - 2];
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + i), sum);
   }
 }
 
-// A lambda does not take over its function's target, hence the macro's plain calls.
+// A lambda does not take over its function's target, hence macros.
+#define OMREL_LOAD(p) _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))
+#define OMREL_SPREAD(x) _mm256_set1_epi64x(static_cast<long long>(x))
+#define OMREL_ADD_PRODUCT(sum, x, y) sum = _mm256_add_epi64(sum, _mm256_mul_epu32(x, y))
+
 __attribute__((target("avx2"))) void add_rows_avx2(Limb* columns, const Limb* lanes, int count,
                                                    const Limb* m) {
-  const __m256i m0 = _mm256_set1_epi64x(static_cast<long long>(m[0]));
-  const __m256i m1 = _mm256_set1_epi64x(static_cast<long long>(m[1]));
-  const __m256i m2 = _mm256_set1_epi64x(static_cast<long long>(m[2]));
-  const __m256i m3 = _mm256_set1_epi64x(static_cast<long long>(m[3]));
-  for (int i = 0; i < count + 3; i += 4) {
-    const auto* lane = reinterpret_cast<const __m256i*>(lanes + i);
-    const auto* lane1 = reinterpret_cast<const __m256i*>(lanes + i - 1);
-    const auto* lane2 = reinterpret_cast<const __m256i*>(lanes + i - 2);
-    const auto* lane3 = reinterpret_cast<const __m256i*>(lanes + i - 3);
-    auto* column = reinterpret_cast<__m256i*>(columns + i);
-    const __m256i p01 = _mm256_add_epi64(_mm256_mul_epu32(_mm256_loadu_si256(lane), m0),
-                                         _mm256_mul_epu32(_mm256_loadu_si256(lane1), m1));
-    const __m256i p23 = _mm256_add_epi64(_mm256_mul_epu32(_mm256_loadu_si256(lane2), m2),
-                                         _mm256_mul_epu32(_mm256_loadu_si256(lane3), m3));
-    _mm256_storeu_si256(column,
-                        _mm256_add_epi64(_mm256_loadu_si256(column), _mm256_add_epi64(p01, p23)));
+  constexpr int HALF = ROWS / 2;
+  __m256i factor[ROWS];
+  for (int k = 0; k < ROWS; ++k) factor[k] = OMREL_SPREAD(m[k]);
+  __m256i before[HALF];  // before[k] = lanes at i - 4 - k
+  for (int k = 0; k < HALF; ++k) before[k] = OMREL_LOAD(lanes - HALF - k);
+  for (int i = 0; i < count + ROWS - 1; i += 4) {
+    __m256i sum = OMREL_LOAD(columns + i);
+    __m256i sum_before = _mm256_setzero_si256();
+    for (int k = 0; k < HALF; ++k) {
+      const __m256i lane = OMREL_LOAD(lanes + i - k);
+      OMREL_ADD_PRODUCT(sum, lane, factor[k]);
+      OMREL_ADD_PRODUCT(sum_before, before[k], factor[HALF + k]);
+      before[k] = lane;
+    }
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(columns + i), _mm256_add_epi64(sum, sum_before));
   }
 }
 
+#undef OMREL_LOAD
+#undef OMREL_SPREAD
+#undef OMREL_ADD_PRODUCT
+
 AddRows choose() {
-  __builtin_cpu_init();  // this runs before the compiler runtime's own constructors may have
+  __builtin_cpu_init();  // this may run before the compiler runtime's own constructors have
   return __builtin_cpu_supports("avx2") ? add_rows_avx2 : add_rows_sse2;
 }
 
 #else
 
 void add_rows_plain(Limb* columns, const Limb* lanes, int count, const Limb* m) {
-  for (int i = 0; i < count + 3; ++i) {
-    columns[i] += lanes[i] * m[0] + lanes[i - 1] * m[1] + lanes[i - 2] * m[2] + lanes[i - 3] * m[3];
+  for (int i = 0; i < count + ROWS - 1; ++i) {
+    for (int k = 0; k < ROWS; ++k) columns[i] += lanes[i - k] * m[k];
   }
 }
 

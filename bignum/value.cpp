@@ -26,7 +26,7 @@ char* owned_copy(const char* text) {
 }
 
 // Writes the decimal digits of a magnitude, least significant first; 0 has one digit.
-int write_digits(char* digits, unsigned long magnitude) {
+int digits_of(char* digits, unsigned long magnitude) {
   int count = 0;
   do {
     digits[count++] = static_cast<char>('0' + magnitude % 10);
@@ -51,19 +51,39 @@ bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
   if (text == nullptr || *text == '\0') return;
   negative = default_sign;
   if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
+  if (read_short(text)) return;
   const std::size_t rest = std::strlen(text);
   if (rest >= MAX_DIGITS) overflow();
-  const std::size_t point = char_position(text, '.');
-  length = static_cast<int>(point == 0 ? rest : point - 1);
-  has_foreign = !reverse_into_buffer(vlstr, text, length);
+  length = static_cast<int>(rest);
+  if (!reverse_into_buffer(vlstr, text, length)) read_up_to_point(text);
   vlstr[length] = '\0';
+}
+
+// Reads up to seven digits in one pass; false when the text is anything else.
+bool bignum::read_short(const char* text) {
+  std::uint64_t word = 0;
+  int n = 0;
+  for (; n < 8 && text[n] >= '0' && text[n] <= '9'; ++n) {
+    word = (word << 8) | static_cast<unsigned char>(text[n]);
+  }
+  if (n == 8 || text[n] != '\0') return false;
+  store_word(vlstr, word);  // its upper bytes are the NUL
+  length = n;
+  return true;
+}
+
+// Reads a text again that is not digits alone: a fraction ends it.
+void bignum::read_up_to_point(const char* text) {
+  const std::size_t point = char_position(text, '.');
+  if (point != 0) length = static_cast<int>(point - 1);
+  has_foreign = !reverse_into_buffer(vlstr, text, length);
 }
 
 bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
 
 bignum::bignum(long value) : bignum() {
   const auto bits = static_cast<unsigned long>(value);
-  finish(write_digits(vlstr, value < 0 ? 0 - bits : bits), value < 0 ? 1 : 0);
+  finish(digits_of(vlstr, value < 0 ? 0 - bits : bits), value < 0 ? 1 : 0);
 }
 
 bignum::bignum(const bignum& b)
@@ -125,15 +145,43 @@ int bignum::text_length() const {
 
 char* bignum::to_string() const {
   const int digit_count = vlstr == nullptr ? 0 : significant_length(vlstr, text_length());
-  const int shown = std::max(digit_count, 1);
-  const int sign = negative != 0 ? 1 : 0;
-  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(shown + sign + 1)));
-  if (text == nullptr) return nullptr;
-  text[0] = '-';
-  text[sign] = '0';
-  reverse_from_buffer(text + sign, vlstr, digit_count);
-  text[sign + shown] = '\0';
+  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(digit_count) + 3));
+  if (text != nullptr) write_digits(text, digit_count);
   return text;
+}
+
+char* bignum::to_fixed_string() const {
+  constexpr int PLACES = FIXED_PLACES;
+  const int digit_count = significant_length(vlstr, text_length());
+  const int whole = std::max(digit_count - PLACES, 0);
+  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(whole + PLACES) + 4));
+  if (text == nullptr) return nullptr;
+  char* end = text;
+  if (negative != 0) *end++ = '-';
+  *end = '0';
+  reverse_from_buffer(end, vlstr + PLACES, whole);
+  end += std::max(whole, 1);
+  *end++ = '.';
+  const int written = std::min(digit_count, PLACES);
+  std::memset(end, '0', static_cast<std::size_t>(PLACES - written));
+  reverse_from_buffer(end + PLACES - written, vlstr, written);
+  end[PLACES] = '\0';
+  return text;
+}
+
+bool bignum::write_short_text(char* text, int room) const {
+  const int digit_count = significant_length(vlstr, text_length());
+  if (digit_count + 3 > room) return false;
+  write_digits(text, digit_count);
+  return true;
+}
+
+void bignum::write_digits(char* text, int digit_count) const {
+  *text = '-';
+  text += negative != 0 ? 1 : 0;
+  *text = '0';
+  reverse_from_buffer(text, vlstr, digit_count);
+  text[std::max(digit_count, 1)] = '\0';
 }
 
 void bignum::set_remainder(const char* text) {

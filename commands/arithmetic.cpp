@@ -8,7 +8,7 @@ namespace {
 
 // Whether the divisor is refused: equal to 0 as comparison sees it, so not "-0".
 bool refused(const Call& call, const bignum& divisor) {
-  if (divisor != bignum(0)) return false;
+  if (!divisor.equals_digit('0')) return false;
   set_result(call.interp, "0");
   report_exception(call.name(), "Division by zero");
   return true;
@@ -80,18 +80,16 @@ int op_not_greater(const Call& call) {
 // A negative zero is not equal to 0, so it counts as true. Both operands are always read.
 int op_both(const Call& call) {
   mark_line();
-  const bignum zero(0);
   const bignum a = number(call, 2);
   const bignum b = number(call, 3);
-  return hand_over_truth(call, a != zero && b != zero);
+  return hand_over_truth(call, !a.equals_digit('0') && !b.equals_digit('0'));
 }
 
 int op_either(const Call& call) {
   mark_line();
-  const bignum zero(0);
   const bignum a = number(call, 2);
   const bignum b = number(call, 3);
-  return hand_over_truth(call, a != zero || b != zero);
+  return hand_over_truth(call, !a.equals_digit('0') || !b.equals_digit('0'));
 }
 
 }  // namespace omrel

@@ -1,6 +1,7 @@
 // The frame of `big`: link check, argument count, choice of the operator, exception guard.
+#include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <iterator>
 
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
@@ -19,7 +20,7 @@ struct Operator {
   int (*function)(const Call& call);
 };
 
-const Operator OPERATORS[] = {
+constexpr Operator OPERATORS[] = {
 #define OMREL_ROW(word, admitted, function) {word, admitted, function},
     OMREL_OPERATORS(OMREL_ROW)
 #undef OMREL_ROW
@@ -36,11 +37,57 @@ bool admits(Admitted admitted, int count) {
   }
 }
 
-const Operator* find_operator(const char* word, int count) {
-  for (const Operator& op : OPERATORS) {
-    if (std::strcmp(op.word, word) == 0 && admits(op.admitted, count)) return &op;
+// A word of up to eight characters as a number; 0 for a longer one.
+constexpr std::uint64_t key_of(const char* word) {
+  std::uint64_t key = 0;
+  for (int i = 0; word[i] != '\0'; ++i) {
+    if (i == 8) return 0;
+    key = (key << 8) | static_cast<unsigned char>(word[i]);
   }
-  return nullptr;
+  return key;
+}
+
+// Finds a word's row by hashing its key, so that every word costs the same: the row is at the
+// hash or in one of the slots behind it, before an empty one. No word has two rows.
+class Index {
+ public:
+  constexpr Index() {
+    for (std::uint8_t row = 0; row < std::size(OPERATORS); ++row) {
+      const std::uint64_t key = key_of(OPERATORS[row].word);
+      std::size_t i = hash(key);
+      while (slots[i].key != 0) i = (i + 1) % SLOT_COUNT;
+      slots[i] = {key, row};
+    }
+  }
+
+  const Operator* find(const char* word) const {
+    const std::uint64_t key = key_of(word);
+    if (key == 0) return nullptr;
+    for (std::size_t i = hash(key); slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
+      if (slots[i].key == key) return &OPERATORS[slots[i].row];
+    }
+    return nullptr;
+  }
+
+ private:
+  static constexpr std::size_t SLOT_COUNT = 256;
+
+  static constexpr std::size_t hash(std::uint64_t key) {
+    return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
+  }
+
+  struct Slot {
+    std::uint64_t key = 0;
+    std::uint8_t row = 0;
+  };
+  Slot slots[SLOT_COUNT];
+};
+
+constexpr Index INDEX;
+
+const Operator* find_operator(const char* word, int count) {
+  const Operator* op = INDEX.find(word);
+  return op != nullptr && admits(op->admitted, count) ? op : nullptr;
 }
 
 int print_syntax(const Call& call, const char* word) {

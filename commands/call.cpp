@@ -1,7 +1,6 @@
 #include "commands/call.h"
 
 #include "plugin/host_link.h"
-#include "support/text.h"
 
 namespace omrel {
 namespace {
@@ -25,9 +24,16 @@ std::int32_t count_of(const char* text) {
   return static_cast<std::int32_t>(negative ? 0 - value : value);
 }
 
+AnswerText::AnswerText(const bignum& answer) : text(short_text) {
+  if (!answer.write_short_text(short_text, sizeof short_text)) {
+    owned.reset(answer.to_string());
+    text = owned.get();
+  }
+}
+
 int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
-  const HeapText text(answer.to_string());
-  const bool made = text != nullptr && *text != '\0';
+  const AnswerText text(answer);
+  const bool made = text.get() != nullptr;
   set_result(call.interp, made ? text.get() : fallback);
   return made ? 0 : fallback_code;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "bignum/bignum.h"
+#include "support/text.h"
 
 namespace omrel {
 
@@ -17,6 +18,20 @@ struct Call {
   const char* text(int i) const;
   const char* name() const { return text(0); }
   const char* word() const { return text(1); }
+};
+
+// An answer's text for as long as the host needs it; a short one takes no heap.
+class AnswerText {
+ public:
+  explicit AnswerText(const bignum& answer);
+
+  // The text; null when there was no memory for it.
+  const char* get() const { return text; }
+
+ private:
+  char short_text[64];
+  HeapText owned;
+  const char* text;
 };
 
 // The i-th text as a number; see bignum's constructor from text.

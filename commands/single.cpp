@@ -5,7 +5,6 @@
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
 #include "support/line_marker.h"
-#include "support/text.h"
 
 namespace omrel {
 namespace {
@@ -33,8 +32,8 @@ int step(const Call& call, Step next) {
     bignum operand(source, 0);
     result = next(operand);
   }
-  const HeapText text(result.to_string());
-  const bool made = text != nullptr && *text != '\0';
+  const AnswerText text(result);
+  const bool made = text.get() != nullptr;
   const char* shown = made ? text.get() : "0";
   if (var != nullptr) replace_value(var, shown);
   set_result(call.interp, shown);
@@ -69,7 +68,9 @@ int op_power_of_two(const Call& call) {
 
 int op_drop_digit(const Call& call) {
   mark_line();
-  return answer(call, number(call, 2).div10());
+  bignum a = number(call, 2);
+  a.drop_digit();
+  return answer(call, a);
 }
 
 int op_abs(const Call& call) {
@@ -120,7 +121,7 @@ int op_complement(const Call& call) {
 
 int op_not(const Call& call) {
   mark_line();
-  return hand_over_truth(call, number(call, 2) == bignum(0));
+  return hand_over_truth(call, number(call, 2).equals_digit('0'));
 }
 
 int op_debug(const Call& call) {

@@ -6,7 +6,6 @@
 #include "commands/width.h"
 #include "plugin/host_link.h"
 #include "support/line_marker.h"
-#include "support/text.h"
 
 namespace omrel {
 namespace {
@@ -26,16 +25,11 @@ bool refused(const Call& call, const HostVar* var) {
   return true;
 }
 
-// An answer's text, empty when there was no memory for it.
-struct AnswerText {
-  explicit AnswerText(const bignum& answer) : owned(answer.to_string()) {}
-  const char* get() const { return owned == nullptr ? "" : owned.get(); }
-  const HeapText owned;
-};
-
-int store(const Call& call, HostVar* var, const AnswerText& text) {
-  set_var_value(var, text.get());
-  set_result(call.interp, text.get());
+// The empty text stands for an answer that there was no memory to write.
+int store(const Call& call, HostVar* var, const AnswerText& answer) {
+  const char* text = answer.get() == nullptr ? "" : answer.get();
+  set_var_value(var, text);
+  set_result(call.interp, text);
   return 0;
 }
 
