@@ -1,0 +1,169 @@
+#include "bench/cases.h"
+
+#include <cmath>
+#include <random>
+
+namespace omrel::bench {
+namespace {
+
+constexpr int SIZES[] = {1, 2, 9, 18, 36, 100, 300, 1000, 3249, 6498};
+constexpr int MAX_RESULT = 6499;
+
+std::mt19937 generator(20191206);
+
+std::string number(int digit_count) {
+  std::string text(1, static_cast<char>('1' + generator() % 9));
+  while (static_cast<int>(text.size()) < digit_count) {
+    text += static_cast<char>('0' + generator() % 10);
+  }
+  return text;
+}
+
+std::string bits(int bit_count) {
+  std::string text = "1";
+  while (static_cast<int>(text.size()) < bit_count) text += generator() % 2 != 0 ? '1' : '0';
+  return text;
+}
+
+std::string by(int a, int b) { return std::to_string(a) + " x " + std::to_string(b); }
+
+class Builder {
+ public:
+  // A word with two operands as long as each other, and with one long and one short.
+  void pairs(const std::string& word) {
+    for (int n : SIZES) pair(word, n, n);
+    for (int n : {300, 6498}) pair(word, n, 9);
+    pair(word, 6498, 1000);
+  }
+
+  // Equal operands, so that every digit is looked at.
+  void equals() {
+    for (int n : SIZES) {
+      const std::string text = number(n);
+      add({"==", by(n, n), {text, text}});
+    }
+  }
+
+  void products(const std::string& word) {
+    for (int n : SIZES) {
+      if (2 * n < MAX_RESULT) pair(word, n, n);
+    }
+    pair(word, 300, 9);
+    pair(word, 1000, 100);
+    pair(word, 5400, 1000);
+    pair(word, 6400, 36);
+  }
+
+  void quotients(const std::string& word, int longest) {
+    for (int n : {2, 9, 18, 36, 100, 300, 1000, 3249}) pair(word, n, (n + 1) / 2);
+    pair(word, 18, 1);
+    pair(word, 100, 9);
+    pair(word, 1000, 18);
+    pair(word, 1000, 990);
+    pair(word, longest, 9);
+    pair(word, longest, 300);
+    pair(word, longest, 3249);
+    pair(word, longest, longest - 98);
+  }
+
+  void singles(const std::string& word) {
+    for (int n : SIZES) add({word, std::to_string(n), {number(n)}});
+  }
+
+  void means() {
+    for (int n : {1, 9, 36, 300, 1000, 6400}) {
+      add({"mean", "3 of " + std::to_string(n), {number(n), number(n), number(n)}});
+    }
+    std::vector<std::string> many;
+    for (int i = 0; i < 20; ++i) many.push_back(number(18));
+    add({"mean", "20 of 18", many});
+  }
+
+  void powers() {
+    const int CASES[][2] = {{1, 10},   {2, 9},    {9, 4},    {1, 1000}, {2, 500},
+                            {9, 30},   {9, 300},  {18, 20},  {36, 100}, {100, 3},
+                            {100, 60}, {1000, 2}, {1000, 6}, {3249, 2}, {1, 6000}};
+    for (const auto& [digit_count, exponent] : CASES) {
+      add({"**", by(digit_count, exponent), {number(digit_count), std::to_string(exponent)}});
+    }
+  }
+
+  void counts(const std::string& word, const std::vector<int>& arguments) {
+    for (int n : arguments) add({word, std::to_string(n), {std::to_string(n)}});
+  }
+
+  void binary_texts() {
+    for (int n : SIZES) {
+      add({"bintoint", std::to_string(n), {bits(std::max(1, static_cast<int>(n * 3.3219)))}});
+    }
+  }
+
+  void shifts() {
+    for (int n : SIZES) {
+      for (int count : {1, 20, 500}) {
+        if (n + count / 3 < MAX_RESULT) shift("<<", n, count);
+      }
+    }
+    shift("<<", 36, 20000);
+    for (int n : SIZES) {
+      for (int count : {1, 20, 500}) shift(">>", n, count);
+    }
+    shift(">>", 6498, 10000);
+  }
+
+  void updates(const std::string& word, bool product) {
+    for (int n : SIZES) {
+      if (!product || 2 * n < MAX_RESULT) {
+        add({word, std::to_string(n), {"x", number(n)}, number(n)});
+      }
+    }
+    add({word, by(6400, 18), {"x", number(18)}, number(6400)});
+  }
+
+  void increments() {
+    for (int n : SIZES) add({"++", std::to_string(n), {"x"}, number(n)});
+  }
+
+  std::vector<Case> cases;
+
+ private:
+  void add(Case c) { cases.push_back(std::move(c)); }
+  void pair(const std::string& word, int a, int b) {
+    add({word, by(a, b), {number(a), number(b)}});
+  }
+  void shift(const std::string& word, int n, int count) {
+    add({word, by(n, count), {number(n), std::to_string(count)}});
+  }
+};
+
+}  // namespace
+
+std::vector<Case> all_cases() {
+  Builder b;
+  for (const char* word : {"+", "-"}) b.pairs(word);
+  b.products("*");
+  for (const char* word : {"/", "%"}) b.quotients(word, 6498);
+  b.equals();
+  for (const char* word : {"<", "max"}) b.pairs(word);
+  b.quotients("fdiv", 6400);
+  b.means();
+  b.quotients("fmod", 6498);
+  b.powers();
+  b.counts("pow2", {10, 500, 513, 1000, 5000, 10000, 21500});
+  b.counts("fact", {5, 20, 50, 100, 300, 1000});
+  b.counts("fib", {10, 90, 300, 1000, 3000, 10000, 30000});
+  b.singles("sqrt");
+  b.singles("inttobin");
+  b.binary_texts();
+  for (const char* word : {"&", "|", "^"}) b.pairs(word);
+  b.singles("~");
+  b.shifts();
+  b.singles("div2");
+  b.singles("div10");
+  b.increments();
+  b.updates("+=", false);
+  b.updates("*=", true);
+  return b.cases;
+}
+
+}  // namespace omrel::bench
