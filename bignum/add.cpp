@@ -42,13 +42,11 @@ int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y 
 int compare_values(const bignum& a, const bignum& b) {
   if (a.negative != 0 && b.negative == 0) return -1;
   if (a.negative == 0 && b.negative != 0) return 1;
-  const bool foreign = a.has_foreign || b.has_foreign;
-  const int a_length = a.text_length();
-  const int b_length = b.text_length();
-  const bool both_short = a_length > 0 && a_length < 8 && b_length > 0 && b_length < 8;
-  const int order = both_short && !foreign
-                        ? compare_words(load_tail(a.vlstr, a_length), load_tail(b.vlstr, b_length))
-                        : compare_texts(a.vlstr, a_length, b.vlstr, b_length, foreign);
+  const bool plain = a.plain && b.plain;
+  const auto is_short = [](const bignum& x) { return x.length > 0 && x.length < 8; };
+  const int order = plain && is_short(a) && is_short(b)
+                        ? compare_words(load_tail(a.vlstr, a.length), load_tail(b.vlstr, b.length))
+                        : compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), !plain);
   return a.negative != 0 ? -order : order;
 }
 

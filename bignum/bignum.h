@@ -152,10 +152,10 @@ class bignum {
   static const bignum& max(const bignum& a, const bignum& b) { return a > b ? a : b; }
   static const bignum& min(const bignum& a, const bignum& b) { return a < b ? a : b; }
 
-  // Returns the binary digits of x, most significant first, as a new heap text to be freed with
-  // free(): "0" for zero. Null for a value without a binary form (negative, negative zero, no
-  // digits) and when there is no memory.
-  static char* inttobin(const bignum& x);
+  // Returns the binary digits of x, most significant first, behind a prefix, as a new heap text to
+  // be freed with free(): "0" for zero. Null for a value without a binary form (negative, negative
+  // zero, no digits) and when there is no memory.
+  static char* inttobin(const bignum& x, const char* prefix = "");
   // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
   // counts as a zero; a null text is 0.
   // Errors: as pow.
@@ -187,14 +187,14 @@ class bignum {
   // Errors: a length of MAX_DIGITS or more ends the process with overflow().
   void finish(int digit_count, std::int16_t sign);
 
-  // Characters in vlstr up to its NUL; `length`, unless an empty value was assigned.
+  // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
   int text_length() const;
 
-  char* vlstr;               // the digits, least significant first, then a NUL; owned
-  std::int32_t length;       // characters in vlstr
-  std::int16_t negative;     // the sign flag: 1 or 0
-  char* remainder_text;      // what the division that made this value left over, or null; owned
-  bool has_foreign = false;  // whether vlstr holds characters other than digits
+  char* vlstr;            // the digits, least significant first, then a NUL; owned
+  std::int32_t length;    // characters in vlstr
+  std::int16_t negative;  // the sign flag: 1 or 0
+  char* remainder_text;   // what the division that made this value left over, or null; owned
+  bool plain = true;      // whether vlstr holds characters other than digits
 
  private:
   bool read_short(const char* text);

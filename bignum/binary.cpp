@@ -107,9 +107,9 @@ Magnitude top_bit(const Magnitude& m) {
   if (top > 0) leading += static_cast<double>(m.limb()[top - 1]) / static_cast<double>(LIMB_BASE);
   const double exponent = std::log2(leading) + top * std::log2(static_cast<double>(LIMB_BASE));
   // Rounding may be off by one next to a power of two: start no higher, and double once at most.
-  const int low = static_cast<int>(exponent - 1e-6);
-  Magnitude bit(1);
-  if (low > 0) power(bit, Magnitude(2), low);
+  const int low = std::max(static_cast<int>(exponent - 1e-6), 0);
+  Magnitude bit;
+  power_of_two(bit, low);
   Magnitude twice = bit;
   multiply_add(twice, 2, 0);
   return compare(twice, m) <= 0 ? twice : bit;
@@ -117,7 +117,7 @@ Magnitude top_bit(const Magnitude& m) {
 
 }  // namespace
 
-char* bignum::inttobin(const bignum& x) {
+char* bignum::inttobin(const bignum& x, const char* prefix) {
   if (!has_binary_form(x)) return nullptr;
   Magnitude binary;
   if (std::uint64_t magnitude = 0; load_short(magnitude, x)) {
@@ -126,8 +126,9 @@ char* bignum::inttobin(const bignum& x) {
   } else {
     load_binary(binary, x);
   }
-  const int bits = std::max(bit_count(binary), 1);
-  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(bits) + 1));
+  const auto bits = static_cast<std::size_t>(std::max(bit_count(binary), 1));
+  const std::size_t prefix_length = std::strlen(prefix);
+  char* text = static_cast<char*>(std::malloc(prefix_length + bits + 1));
   if (text == nullptr) return nullptr;
   // Whole limbs are written; the leading zeros of the top one are left behind.
   char limbs[(MAX_LIMBS + 1) * BINARY_LIMB_BITS];
@@ -135,8 +136,9 @@ char* bignum::inttobin(const bignum& x) {
   for (int i = std::max(binary.count(), 1) - 1; i >= 0; --i, end += BINARY_LIMB_BITS) {
     write_bits(end, binary.limb()[i]);
   }
-  std::memcpy(text, end - bits, static_cast<std::size_t>(bits));
-  text[bits] = '\0';
+  std::memcpy(text, prefix, prefix_length);
+  std::memcpy(text + prefix_length, end - bits, bits);
+  text[prefix_length + bits] = '\0';
   return text;
 }
 
@@ -200,7 +202,7 @@ bignum bignum::shift_left(std::int32_t n) const {
   }
   Magnitude factor;
   Magnitude product;
-  if (!power(factor, Magnitude(2), n) || !multiply(product, x, factor)) overflow();
+  if (!power_of_two(factor, n) || !multiply(product, x, factor)) overflow();
   return value_of(product, 0);
 }
 
@@ -216,7 +218,7 @@ bignum bignum::shift_right(std::int32_t n) const {
     return value_of(q, 0);
   }
   Magnitude divisor;
-  if (!power(divisor, Magnitude(2), n)) return value_of_short(0, 0);
+  if (!power_of_two(divisor, n)) return value_of_short(0, 0);
   const int shift = (LIMB_DIGITS - digit_count(divisor) % LIMB_DIGITS) % LIMB_DIGITS;
   Limb scale = 1;
   for (int i = 0; i < shift; ++i) scale *= 10;

@@ -9,7 +9,7 @@ namespace omrel {
 
 bool load_short(std::uint64_t& magnitude, const bignum& b) {
   const int length = significant_length(b.vlstr, b.length);
-  if (length > SHORT_DIGITS || b.has_foreign) return false;
+  if (length > SHORT_DIGITS || !b.plain) return false;
   const auto eight_at = [&](int i) {
     return number_of(length >= i + 8 ? load_word(b.vlstr + i) : load_tail(b.vlstr + i, length - i));
   };

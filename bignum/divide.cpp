@@ -191,7 +191,7 @@ bignum bignum::quotient(const bignum& d) const {
 
 bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
   const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
-  if (!fits || debug_switch != 0 || has_foreign || d.has_foreign || is_zero(d)) return false;
+  if (!fits || debug_switch != 0 || !plain || !d.plain || is_zero(d)) return false;
   std::uint64_t short_a = 0;
   std::uint64_t short_d = 0;
   if (!load_short(short_d, d)) {
@@ -227,7 +227,7 @@ bignum bignum::operator%(const bignum& b) const {
   const Shortcut kind = shortcut(*this, b);
   if (kind == Shortcut::DIVIDEND) return value_of_short(0, sign);
   bignum r = remainder_of(kind, *this, b);
-  if (r.length == 0 || r.has_foreign) r = value_without_foreign(r);
+  if (r.length == 0 || !r.plain) r = value_without_foreign(r);
   r.negative = sign;
   return r;
 }

@@ -32,7 +32,7 @@ Magnitude::Magnitude(Limb value) {
 
 Magnitude& Magnitude::operator=(const Magnitude& m) {
   if (this == &m) return *this;
-  std::copy_n(m.storage, m.limb_count + 2 * ROW_PADDING, storage);
+  std::copy_n(m.limb(), m.limb_count, limb());
   limb_count = m.limb_count;
   return *this;
 }
@@ -41,8 +41,12 @@ void Magnitude::set_count(int at_most) {
   while (at_most > 0 && limb()[at_most - 1] == 0) --at_most;
   assert(at_most <= MAX_LIMBS);
   limb_count = at_most;
+}
+
+const Limb* Magnitude::padded() const {
   std::fill_n(storage, ROW_PADDING, 0);
-  std::fill_n(limb() + at_most, ROW_PADDING, 0);
+  std::fill_n(storage + ROW_PADDING + limb_count, ROW_PADDING, 0);
+  return limb();
 }
 
 void load(Magnitude& m, const char* digits, int length, int shift) {
@@ -153,9 +157,9 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b) {
   if (b.count() < ROWS) {
     multiply_short(columns, a, b);
   } else {
-    for (int j = 0; j < b.count(); j += ROWS) {
-      add_rows(columns + j, a.limb(), a.count(), b.limb() + j);
-    }
+    const Limb* lanes = a.padded();
+    const Limb* m = b.padded();
+    for (int j = 0; j < b.count(); j += ROWS) add_rows(columns + j, lanes, a.count(), m + j);
   }
   carry_columns(columns, count);
   product.set_count(count);
@@ -170,8 +174,9 @@ bool square(Magnitude& product, const Magnitude& a) {
   if (count > MAX_LIMBS) return false;
   Limb* columns = product.limb();
   std::fill_n(columns, count + ROW_PADDING, 0);
+  const Limb* lanes = a.padded();
   for (int j = 0; j < a.count(); j += ROWS) {
-    const Limb* m = a.limb() + j;
+    const Limb* m = lanes + j;
     Limb* c = columns + 2 * j;
     const bool rows_follow = a.count() - j > ROWS;
     const int group = std::min(a.count() - j, ROWS);

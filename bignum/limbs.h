@@ -17,8 +17,7 @@ constexpr int MAX_LIMBS = 832;
 
 // A magnitude: limbs from the least significant, the top one not zero; zero has none.
 //
-// The limbs around the number's own are zero as far as add_rows reads, ROW_PADDING below and above,
-// as set_count leaves them; the rest is not initialised. Nothing is, before a number is written.
+// Nothing around the number's own limbs is initialised.
 class Magnitude {
  public:
   Magnitude() {}                   // room for a number
@@ -28,15 +27,19 @@ class Magnitude {
 
   Limb* limb() { return storage + ROW_PADDING; }
   const Limb* limb() const { return storage + ROW_PADDING; }
+
+  // The limbs with zeros around them, ROW_PADDING below and above, as add_rows reads them.
+  const Limb* padded() const;
+
   int count() const { return limb_count; }
   bool is_zero() const { return limb_count == 0; }
 
-  // Ends the number at its highest non-zero limb below `at_most`, and clears the padding.
+  // Ends the number at its highest non-zero limb below `at_most`.
   void set_count(int at_most);
 
  private:
   int limb_count = 0;
-  Limb storage[MAX_LIMBS + 2 * ROW_PADDING];
+  mutable Limb storage[MAX_LIMBS + 2 * ROW_PADDING];
 };
 
 // Reads a digit text, multiplied by 10^shift.

@@ -32,9 +32,12 @@ constexpr int GUARD_LIMBS = 4;  // columns below the divisor's top whose carries
 class LongDivision {
  public:
   LongDivision(Magnitude& quotient, const Magnitude& a, const Magnitude& divisor)
-      : q(quotient), d(divisor), position_count(a.count() - divisor.count() + 1) {
+      : q(quotient),
+        d(divisor),
+        lanes(divisor.padded()),
+        position_count(a.count() - divisor.count() + 1) {
     assert(d.limb()[d.count() - 1] >= LIMB_BASE / 10);
-    for (int s = 0; s < TOP; ++s) top[s] = d.limb()[d.count() - 1 - s];
+    for (int s = 0; s < TOP; ++s) top[s] = lanes[d.count() - 1 - s];
     reciprocal = 1.0 / (leading(top[0], top[1], top[2]));
     std::fill_n(storage, ROW_PADDING, 0);
     for (int i = 0; i < a.count(); ++i) columns()[i] = 0 - a.limb()[i];
@@ -49,7 +52,7 @@ class LongDivision {
     for (int j = (position_count - 1) / ROWS * ROWS; j >= 0; j -= ROWS) {
       find_limbs(j);
       const int skipped = std::clamp(cut - j, 0, d.count());
-      add_rows(columns() + j + skipped, d.limb() + skipped, d.count() - skipped, q.limb() + j);
+      add_rows(columns() + j + skipped, lanes + skipped, d.count() - skipped, q.limb() + j);
     }
   }
 
@@ -108,6 +111,7 @@ class LongDivision {
 
   Magnitude& q;
   const Magnitude& d;
+  const Limb* const lanes;  // the divisor's, with zeros around them
   const int position_count;
   Limb top[TOP];
   double reciprocal;

@@ -1,20 +1,14 @@
 #include "bignum/magnitude_power.h"
 
-#include <cmath>
+#include <cstring>
 #include <utility>
 
 #include "bignum/bignum.h"
+#include "bignum/digit_text.h"
+#include "bignum/power_table.h"
 
 namespace omrel {
 namespace {
-
-// A number that is surely at most the logarithm to base ten, and hardly less.
-double low_log10(const Magnitude& m) {
-  const int top = m.count() - 1;
-  double leading = static_cast<double>(m.limb()[top]);
-  if (top > 0) leading += static_cast<double>(m.limb()[top - 1]) / static_cast<double>(LIMB_BASE);
-  return std::log10(leading) + LIMB_DIGITS * top - 1e-9;
-}
 
 constexpr Limb MAX_WORD = ~Limb{0};
 constexpr Limb MAX_WORD_ROOT = Limb{1} << 32;
@@ -80,7 +74,6 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
 bool power(Magnitude& r, const Magnitude& base, int n) {
   r = base;
   if (base.is_zero() || n == 1 || (base.count() == 1 && base.limb()[0] == 1)) return true;
-  if (low_log10(base) * n >= MAX_DIGITS - 1) return false;
   // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
   int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
   const Limb word_base = base.limb()[0];
@@ -109,11 +102,30 @@ bool power(Magnitude& r, const Magnitude& base, int n) {
   return fits(r);
 }
 
+bool power_of_two(Magnitude& r, int n) {
+  int doublings = 0;  // of the exponent
+  while (n >> doublings >= POWER_OF_TWO_COUNT) ++doublings;
+  const PowerOfTwo& text = PowerOfTwoTable[static_cast<unsigned>(n >> doublings)];
+  char digits[POWER_OF_TWO_DIGITS + 8];
+  const auto length = static_cast<int>(std::strlen(text.data()));
+  reverse_into_buffer(digits, text.data(), length);
+  load(r, digits, length, 0);
+  while (--doublings >= 0) {
+    const Magnitude root = r;
+    if (!square(r, root)) return false;
+    if (((n >> doublings) & 1) != 0) add(r, r);
+  }
+  return fits(r);
+}
+
 bool factorial(Magnitude& r, int n) {
-  r = Magnitude(1);
-  if (n < 2) return true;
-  if (std::lgamma(n + 1.0) >= MAX_DIGITS * std::log(10.0)) return false;
-  return product_of_range(r, 2, n) && fits(r);
+  constexpr int MAX_FACTORIAL = 2229;  // whose factorial has 6,496 digits, and the next one 6,500
+  if (n > MAX_FACTORIAL) return false;
+  if (n < 2) {
+    r = Magnitude(1);
+    return true;
+  }
+  return product_of_range(r, 2, n);
 }
 
 // By doubling, with two squares a step (D. Takahashi, A fast algorithm for computing large

@@ -9,6 +9,9 @@ namespace omrel {
 // r = base^n, n >= 1.
 bool power(Magnitude& r, const Magnitude& base, int n);
 
+// r = 2^n, n >= 0.
+bool power_of_two(Magnitude& r, int n);
+
 // r = n!, n >= 0.
 bool factorial(Magnitude& r, int n);
 

@@ -110,7 +110,7 @@ bignum bignum::pow(const bignum& x, std::int32_t n) {
 
 bignum bignum::pow2(const bignum& n) {
   const std::int32_t m = n.negative != 0 ? 0 : clamped(n);
-  if (m < POWER_OF_TWO_COUNT && (!n.has_foreign || n < bignum(POWER_OF_TWO_COUNT))) {
+  if (m < POWER_OF_TWO_COUNT && (n.plain || n < bignum(POWER_OF_TWO_COUNT))) {
     return bignum(PowerOfTwoTable[static_cast<unsigned>(m)].data(), 0);
   }
   return pow(bignum(2), m);

@@ -1,7 +1,8 @@
-// Radix conversion by halves (Knuth, The Art of Computer Programming, vol. 2, 4.4, method 1b with
-// the splitting of exercise 14), from the bottom up: blocks of a few limbs are sums of limbs times
-// powers of the source base, with a single carry pass; then neighbours are joined, low + high *
-// (source base)^(limbs of low), until one block is left. The powers are kept for the process.
+// Radix conversion. Short numbers go from the top down (Knuth, The Art of Computer Programming,
+// vol. 2, 4.4, method 1b): the number so far times a power of the source base, plus the next few
+// limbs, themselves a sum of limbs times small powers; one carry pass a step. Long ones are cut
+// into blocks of that kind, and neighbours are joined, low + high * (source base)^(limbs of low),
+// until one block is left (the same, exercise 14). The powers are kept for the process.
 //
 // A power of ten is kept without most of its factors of two, which are a shift: 10^(8 n) is
 // (5^(8 n) 2^(8 n mod 26)) shifted by whole binary limbs, and a third shorter.
@@ -13,14 +14,12 @@
 namespace omrel {
 namespace {
 
-constexpr int BLOCK = 8;   // source limbs in a block of the lowest level
-constexpr int LEVELS = 7;  // of joining
-constexpr int MAX_SOURCE = BLOCK << LEVELS;
-static_assert(MAX_LIMBS <= MAX_SOURCE);
-static_assert(BLOCK <= ROW_PADDING);  // the top block reads zeros above the number
+constexpr int LEVELS = 4;           // of joining
+constexpr int CHUNKS_IN_BLOCK = 7;  // steps that make a block
 constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
 
 struct ToBinary {
+  static constexpr int CHUNK = 9;  // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
   static constexpr Limb SOURCE = LIMB_BASE;
   static constexpr Limb TARGET = BINARY_BASE;
   static constexpr Limb ODD_FACTOR = 390'625;  // of SOURCE; the rest is 2^8
@@ -51,6 +50,7 @@ struct ToBinary {
 };
 
 struct ToDecimal {
+  static constexpr int CHUNK = 8;  // 2^(8 * 26) < 10^(8 * 8)
   static constexpr Limb SOURCE = BINARY_BASE;
   static constexpr Limb TARGET = LIMB_BASE;
   static constexpr Limb ODD_FACTOR = BINARY_BASE;  // no shift in the target
@@ -66,48 +66,64 @@ struct ToDecimal {
   }
 };
 
-// (source base)^(BLOCK << level): a factor, and whole limbs of the target base behind it.
+// A power of the source base: a factor, and whole limbs of the target base behind it.
 struct Power {
   Magnitude factor;
   int shift = 0;
 };
 
-// columns += x * y, x having zeros around it as add_rows wants them.
+// columns += x * y.
 void add_product(Limb* columns, const Magnitude& x, const Limb* y, int y_count) {
+  const Limb* lanes = x.padded();
   for (int j = 0; j < y_count; j += ROWS) {
     Limb m[ROWS] = {};
     std::copy_n(y + j, std::min(ROWS, y_count - j), m);
-    add_rows(columns + j, x.limb(), x.count(), m);
+    add_rows(columns + j, lanes, x.count(), m);
   }
 }
 
 template <class Way>
 struct Powers {
-  static constexpr int BLOCK_ROOM = Way::room(BLOCK);
+  static constexpr int CHUNK_ROOM = Way::room(Way::CHUNK);
+  static constexpr int BLOCK = Way::CHUNK * CHUNKS_IN_BLOCK;
+  static_assert(MAX_LIMBS <= BLOCK << LEVELS);
 
-  Limb small[BLOCK][BLOCK_ROOM];  // (source base)^i
-  Power entry[LEVELS];
+  Limb small[Way::CHUNK][CHUNK_ROOM];  // (source base)^i
+  Power step;                          // (source base)^CHUNK, its factor of at most ROWS limbs
+  Power joining[LEVELS];               // (source base)^(BLOCK << level)
 
   Powers() {
-    Limb power[BLOCK_ROOM] = {1};
-    for (auto& entry_of_i : small) {
-      for (int k = 0; k < BLOCK_ROOM; ++k) {
-        entry_of_i[k] = power[k];
-        power[k] *= Way::SOURCE;
+    Limb power[CHUNK_ROOM] = {1};
+    for (int i = 0; i < Way::CHUNK; ++i) {
+      if (i > 0) {
+        for (Limb& limb : power) limb *= Way::SOURCE;
+        Way::carry(power, CHUNK_ROOM);
       }
-      if (&entry_of_i != &small[BLOCK - 1]) Way::carry(power, BLOCK_ROOM);
+      std::copy_n(power, CHUNK_ROOM, small[i]);
     }
-    Magnitude odd(1);  // the odd factor to the power BLOCK << level
-    for (int i = 0; i < BLOCK; ++i) odd = product(odd, Way::ODD_FACTOR);
+    const Magnitude chunk = odd_power(Magnitude(Way::ODD_FACTOR % Way::TARGET), Way::CHUNK);
+    set(step, chunk, Way::CHUNK);
+    Magnitude odd = odd_power(chunk, CHUNKS_IN_BLOCK);
     for (int level = 0; level < LEVELS; ++level) {
-      const int twos = Way::FACTORS_OF_TWO * (BLOCK << level);
-      entry[level].factor = product(odd, Limb{1} << twos % BINARY_LIMB_BITS);
-      entry[level].shift = twos / BINARY_LIMB_BITS;
+      set(joining[level], odd, BLOCK << level);
       odd = product(odd, odd);
     }
   }
 
  private:
+  static Magnitude odd_power(const Magnitude& x, int n) {
+    Magnitude result(1);
+    for (int i = 0; i < n; ++i) result = product(result, x);
+    return result;
+  }
+
+  // The power of the source base whose odd part is given, `limbs` of them.
+  static void set(Power& power, const Magnitude& odd, int limbs) {
+    const int twos = Way::FACTORS_OF_TWO * limbs;
+    power.factor = product(odd, Magnitude(Limb{1} << twos % BINARY_LIMB_BITS));
+    power.shift = twos / BINARY_LIMB_BITS;
+  }
+
   static Magnitude product(const Magnitude& x, const Magnitude& y) {
     Magnitude result;
     const int count = x.count() + y.count();
@@ -117,26 +133,45 @@ struct Powers {
     result.set_count(count);
     return result;
   }
-  static Magnitude product(const Magnitude& x, Limb factor) {
-    Magnitude y;
-    y.limb()[0] = factor % Way::TARGET;
-    y.limb()[1] = factor / Way::TARGET;
-    y.set_count(2);
-    return product(x, y);
-  }
 };
 
-// Converts a block, `count` source limbs of it.
+// columns = up to CHUNK source limbs, not carried.
 template <class Way>
-void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
-  constexpr int ROOM = Powers<Way>::BLOCK_ROOM;
+void sum_chunk(Limb* columns, const Limb* source, int count, const Powers<Way>& powers) {
+  constexpr int ROOM = Powers<Way>::CHUNK_ROOM;
   Limb sum[ROOM] = {};
   for (int i = 0; i < count; ++i) {
     // The i-th power has no more limbs than this.
-    for (int k = 0; k <= i + ROOM - BLOCK; ++k) sum[k] += source[i] * powers.small[i][k];
+    for (int k = 0; k <= i + ROOM - Way::CHUNK; ++k) sum[k] += source[i] * powers.small[i][k];
   }
-  for (int k = 0; k < ROOM; ++k) target[k] = sum[k];
-  Way::carry(target, ROOM);
+  std::copy_n(sum, ROOM, columns);
+}
+
+// Converts up to BLOCK source limbs; the target has room(count) limbs, and as many more as a chunk.
+template <class Way>
+void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
+  constexpr int CHUNK = Way::CHUNK;
+  constexpr int CHUNK_ROOM = Powers<Way>::CHUNK_ROOM;
+  constexpr int BLOCK_ROOM = Way::room(Powers<Way>::BLOCK) + CHUNK_ROOM;
+  Limb lanes[BLOCK_ROOM + 2 * ROW_PADDING];
+  Limb storage[1 + BLOCK_ROOM + 2 * ROW_PADDING];
+  Limb* so_far = lanes + ROW_PADDING;
+  Limb* columns = storage + 1;
+  std::fill_n(lanes, Way::room(count) + CHUNK_ROOM + 2 * ROW_PADDING, 0);
+  int i = (count - 1) / CHUNK * CHUNK;
+  sum_chunk(so_far, source + i, count - i, powers);
+  Way::carry(so_far, CHUNK_ROOM);
+  const Limb* factor = powers.step.factor.padded();
+  for (int room = CHUNK_ROOM; i > 0;) {
+    i -= CHUNK;
+    sum_chunk(columns, source + i, CHUNK, powers);
+    const int wide_room = Way::room(count - i) + CHUNK_ROOM - CHUNK;
+    std::fill_n(columns + CHUNK_ROOM, wide_room + ROW_PADDING - CHUNK_ROOM, 0);
+    add_rows(columns + powers.step.shift, so_far, room, factor);
+    Way::settle(so_far, columns, wide_room);
+    room = wide_room;
+  }
+  std::copy_n(so_far, Way::room(count), target);
 }
 
 // target = low + high * power, of `room` limbs each, the result of at most `wide_room`; the target
@@ -157,19 +192,26 @@ void join(Limb* target, const Limb* low, int room, int wide_room, const Power& p
 template <class Way>
 void convert(Magnitude& target, const Magnitude& source) {
   static const Powers<Way> powers;
-  int room = Way::room(BLOCK);
+  constexpr int BLOCK = Powers<Way>::BLOCK;
+  if (source.is_zero()) {
+    target = source;
+    return;
+  }
   Limb work[Way::room(BLOCK) << LEVELS];
-  int blocks = std::max((source.count() + BLOCK - 1) / BLOCK, 1);
+  int room = Way::room(std::min(BLOCK, source.count()));
+  int blocks = (source.count() + BLOCK - 1) / BLOCK;
   for (int i = 0; i < blocks; ++i) {
     const int count = std::min(BLOCK, source.count() - i * BLOCK);
-    convert_block(work + i * room, source.limb() + i * BLOCK, count, powers);
+    Limb* block = work + i * room;
+    convert_block(block, source.limb() + i * BLOCK, count, powers);
+    std::fill(block + Way::room(count), block + room, 0);
   }
   for (int level = 0; blocks > 1; ++level) {
     const int wide_room = Way::room(BLOCK << (level + 1));
     if (blocks % 2 != 0) std::fill_n(work + blocks++ * room, room, 0);
     blocks /= 2;
     for (int i = 0; i < blocks; ++i) {
-      join<Way>(work + i * wide_room, work + 2 * i * room, room, wide_room, powers.entry[level]);
+      join<Way>(work + i * wide_room, work + 2 * i * room, room, wide_room, powers.joining[level]);
     }
     room = wide_room;
   }

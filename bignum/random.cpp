@@ -95,11 +95,13 @@ bignum bignum::rnd(const bignum& low, const bignum& high) {
   if (low.length <= 0 || high.length <= 0) return bignum(0);
   if (vlstr == nullptr) fatal_exit("vlstr is NULL in bignum::rnd()\n", 0);
   std::memset(vlstr, '\0', MAX_DIGITS);
+  plain = false;  // no characters, whatever the length
   const int max_digits = high.length > low.length ? high.length - low.length : 1;
   bignum candidate;
   for (int attempts = 0; attempts < MAX_ATTEMPTS; ++attempts) {
     if (attempt(candidate, low, high, max_digits)) {
       length = candidate.length;
+      plain = true;
       copy_text_n(vlstr, candidate.vlstr, static_cast<std::size_t>(length));
       return candidate;
     }

@@ -76,7 +76,7 @@ bool bignum::read_short(const char* text) {
 void bignum::read_up_to_point(const char* text) {
   const std::size_t point = char_position(text, '.');
   if (point != 0) length = static_cast<int>(point - 1);
-  has_foreign = !reverse_into_buffer(vlstr, text, length);
+  plain = reverse_into_buffer(vlstr, text, length);
 }
 
 bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
@@ -91,7 +91,7 @@ bignum::bignum(const bignum& b)
       length(b.length),
       negative(b.negative),
       remainder_text(owned_copy(b.remainder_text)),
-      has_foreign(b.has_foreign) {
+      plain(b.plain) {
   std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b.text_length()) + 1);
 }
 
@@ -100,7 +100,7 @@ bignum::bignum(bignum&& b) noexcept
       length(std::exchange(b.length, 0)),
       negative(std::exchange(b.negative, std::int16_t{0})),
       remainder_text(std::exchange(b.remainder_text, nullptr)),
-      has_foreign(b.has_foreign) {}
+      plain(b.plain) {}
 
 bignum::~bignum() {
   mark_line();
@@ -114,10 +114,10 @@ bignum bignum::operator=(const bignum& b) {
   if (this != &b) {
     const int b_length = b.text_length();
     if (b_length > 0) std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b_length) + 1);
+    plain = b.plain && (b_length > 0 || text_length() == 0);
     set_remainder(b.remainder_text);
     negative = b.negative;
     length = b.length;
-    has_foreign = b.has_foreign;
   }
   return *this;
 }
@@ -127,7 +127,7 @@ void bignum::operator=(bignum&& b) noexcept {
   std::swap(length, b.length);
   std::swap(negative, b.negative);
   std::swap(remainder_text, b.remainder_text);
-  std::swap(has_foreign, b.has_foreign);
+  std::swap(plain, b.plain);
 }
 
 void bignum::finish(int digit_count, std::int16_t sign) {
@@ -135,13 +135,10 @@ void bignum::finish(int digit_count, std::int16_t sign) {
   vlstr[digit_count] = '\0';
   length = digit_count;
   negative = sign;
-  has_foreign = false;
+  plain = true;
 }
 
-int bignum::text_length() const {
-  const bool ends_at_length = vlstr[length] == '\0' && (length == 0 || vlstr[length - 1] != '\0');
-  return ends_at_length ? length : static_cast<int>(std::strlen(vlstr));
-}
+int bignum::text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
 
 char* bignum::to_string() const {
   const int digit_count = vlstr == nullptr ? 0 : significant_length(vlstr, text_length());
@@ -196,7 +193,7 @@ bignum bignum::get_remainder() const {
 }
 
 Digits::Digits(const bignum& b) : text(b.vlstr), length(b.length) {
-  if (!b.has_foreign) return;
+  if (b.plain) return;
   cleaned = acquire_digits();
   for (int i = 0; i < length; ++i) {
     const char c = b.vlstr[i];

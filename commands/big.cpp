@@ -52,11 +52,11 @@ constexpr std::uint64_t key_of(const char* word) {
 class Index {
  public:
   constexpr Index() {
-    for (std::uint8_t row = 0; row < std::size(OPERATORS); ++row) {
+    for (std::size_t row = 0; row < std::size(OPERATORS); ++row) {
       const std::uint64_t key = key_of(OPERATORS[row].word);
       std::size_t i = hash(key);
       while (slots[i].key != 0) i = (i + 1) % SLOT_COUNT;
-      slots[i] = {key, row};
+      slots[i] = {key, &OPERATORS[row]};
     }
   }
 
@@ -64,7 +64,7 @@ class Index {
     const std::uint64_t key = key_of(word);
     if (key == 0) return nullptr;
     for (std::size_t i = hash(key); slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
-      if (slots[i].key == key) return &OPERATORS[slots[i].row];
+      if (slots[i].key == key) return slots[i].row;
     }
     return nullptr;
   }
@@ -78,7 +78,7 @@ class Index {
 
   struct Slot {
     std::uint64_t key = 0;
-    std::uint8_t row = 0;
+    const Operator* row = nullptr;
   };
   Slot slots[SLOT_COUNT];
 };

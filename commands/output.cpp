@@ -44,14 +44,9 @@ int op_to_binary(const Call& call) {
                 call.text(2));
     return 1;
   }
-  const HeapText bits(bignum::inttobin(number(call, 2)));
-  char* text = nullptr;
-  if (bits != nullptr) {
-    if (!has_option(call, "-noprefix")) string_append(&text, "0b", 0);
-    string_append(&text, bits.get(), 0);
-  }
-  const HeapText owned(text);
-  set_result(call.interp, text == nullptr ? "" : text);
+  const char* prefix = has_option(call, "-noprefix") ? "" : "0b";
+  const HeapText text(bignum::inttobin(number(call, 2), prefix));
+  set_result(call.interp, text == nullptr ? "" : text.get());
   return 0;
 }
 
