@@ -22,9 +22,17 @@ namespace {
 // 2^MAX_BITS has more digits than a value may have.
 constexpr int MAX_BITS = 21'600;
 
-// Shifts by fewer bits are a product, or a quotient, by one word.
+// Shifts by so few bits are doublings and halvings of the text, those by fewer than these a few
+// products by one word.
+constexpr int MAX_STEPS = 4;
 constexpr int MAX_FACTOR_BITS = 32;
-constexpr int MAX_DIVISOR_BITS = 59;  // 2^59 < 10^18
+constexpr int MAX_DIVISOR_BITS = 40;
+
+// Powers of five that are below 2^32.
+constexpr int MAX_FIVES = 13;
+constexpr Limb POWER_OF_FIVE[MAX_FIVES + 1] = {1,       5,        25,        125,       625,
+                                               3125,    15625,    78125,     390625,    1953125,
+                                               9765625, 48828125, 244140625, 1220703125};
 
 constexpr Limb LOW_BITS = (Limb{1} << BINARY_LIMB_BITS) - 1;
 
@@ -50,10 +58,20 @@ bignum binary_value(const bignum& x) {
   return value_of(m, 0);
 }
 
+// Digits that decide the bits which a number of so many digits can have: n low digits are a value
+// modulo 10^n, and so modulo 2^n.
+int deciding_digits(int length) { return length * 10 / 3 + 1; }
+
+void load_low_binary(Magnitude& binary, const bignum& x, int digit_count) {
+  const Digits digits(x);
+  Magnitude decimal;
+  load(decimal, digits.text, std::min(digits.length, digit_count), 0);
+  to_binary(binary, decimal);
+}
+
+// Combines two values that have binary forms, as far as the digits that are looked at reach.
 template <class Combine>
-bignum bitwise(const bignum& a, const bignum& b, Combine combine) {
-  if (!has_binary_form(a)) return binary_value(b);
-  if (!has_binary_form(b)) return a;
+bignum combined(const bignum& a, const bignum& b, int a_digits, int b_digits, Combine combine) {
   std::uint64_t short_a = 0;
   std::uint64_t short_b = 0;
   if (load_short(short_a, a) && load_short(short_b, b)) {
@@ -61,14 +79,19 @@ bignum bitwise(const bignum& a, const bignum& b, Combine combine) {
   }
   Magnitude x;
   Magnitude y;
-  load_binary(x, a);
-  load_binary(y, b);
+  load_low_binary(x, a, a_digits);
+  load_low_binary(y, b, b_digits);
   const int count = std::max(x.count(), y.count());
   std::fill(x.limb() + x.count(), x.limb() + count, 0);
   std::fill(y.limb() + y.count(), y.limb() + count, 0);
   for (int i = 0; i < count; ++i) x.limb()[i] = combine(x.limb()[i], y.limb()[i]);
   x.set_count(count);
   return value_of_binary(x);
+}
+
+// Whether one value has so many more digits that their common bits are found much faster.
+bool is_lopsided(const bignum& a, const bignum& b) {
+  return deciding_digits(std::min(a.length, b.length)) < std::max(a.length, b.length);
 }
 
 // The eight low bits as '0' and '1' characters, the lowest bit last in memory.
@@ -160,16 +183,30 @@ bignum bignum::bintoint(const char* text) {
   return value_of_binary(binary);
 }
 
-bignum bignum::operator|(const bignum& b) const {
-  return bitwise(*this, b, [](Limb x, Limb y) { return x | y; });
-}
-
 bignum bignum::operator&(const bignum& b) const {
-  return bitwise(*this, b, [](Limb x, Limb y) { return x & y; });
+  if (!has_binary_form(*this)) return binary_value(b);
+  if (!has_binary_form(b)) return *this;
+  return combined(*this, b, deciding_digits(b.length), deciding_digits(length),
+                  [](Limb x, Limb y) { return x & y; });
 }
 
+// a | b is a + (b - (a & b)), where no step is longer than the answer.
+bignum bignum::operator|(const bignum& b) const {
+  if (!has_binary_form(*this)) return binary_value(b);
+  if (!has_binary_form(b)) return *this;
+  if (is_lopsided(*this, b)) return (bignum(b) - (*this & b)) + *this;
+  return combined(*this, b, length, b.length, [](Limb x, Limb y) { return x | y; });
+}
+
+// a ^ b is (a - (a & b)) + (b - (a & b)).
 bignum bignum::operator^(const bignum& b) const {
-  return bitwise(*this, b, [](Limb x, Limb y) { return x ^ y; });
+  if (!has_binary_form(*this)) return binary_value(b);
+  if (!has_binary_form(b)) return *this;
+  if (is_lopsided(*this, b)) {
+    const bignum common = *this & b;
+    return (bignum(*this) - common) + (bignum(b) - common);
+  }
+  return combined(*this, b, length, b.length, [](Limb x, Limb y) { return x ^ y; });
 }
 
 // 2^(e + 1) - 1 - x, 2^e being the top bit of x, without a number longer than x.
@@ -193,6 +230,11 @@ bignum bignum::shift_left(std::int32_t n) const {
   if (std::uint64_t x = 0; load_short(x, *this) && n <= std::countl_zero(x)) {
     return value_of_short(n < 64 ? x << n : 0, 0);
   }
+  if (n <= MAX_STEPS) {
+    bignum result = mul2();
+    for (int i = 1; i < n; ++i) result = result.mul2();
+    return result;
+  }
   Magnitude x;
   load(x, *this);
   if (x.is_zero()) return value_of_short(0, 0);
@@ -210,12 +252,20 @@ bignum bignum::shift_right(std::int32_t n) const {
   if (std::uint64_t x = 0; load_short(x, *this)) return value_of_short(n < 64 ? x >> n : 0, 0);
   // 10^length < 2^(10 length / 3 + 1)
   if (n > length * 10 / 3) return value_of_short(0, 0);
+  if (n <= MAX_STEPS) {
+    bignum result = div2();
+    for (int i = 1; i < n; ++i) result = result.div2();
+    return result;
+  }
   Magnitude x;
   Magnitude q;
   if (n < MAX_DIVISOR_BITS) {
+    // a / 2^n is a 5^n / 10^n, and multiplying is faster than dividing.
     load(x, *this);
-    divide_short(q, x, std::uint64_t{1} << n);
-    return value_of(q, 0);
+    for (int left = n; left > 0; left -= MAX_FIVES) {
+      multiply_add(x, POWER_OF_FIVE[std::min(left, MAX_FIVES)], 0);
+    }
+    return value_of_shifted(x, n);
   }
   Magnitude divisor;
   if (!power_of_two(divisor, n)) return value_of_short(0, 0);

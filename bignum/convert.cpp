@@ -1,6 +1,6 @@
 #include "bignum/convert.h"
 
-#include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "bignum/digit_text.h"
@@ -21,13 +21,19 @@ bool load_short(std::uint64_t& magnitude, const bignum& b) {
 
 bignum value_of_short(std::uint64_t magnitude, std::int16_t sign) {
   bignum result;
+  if (magnitude < 10) {
+    result.vlstr[0] = static_cast<char>('0' + magnitude);
+    result.finish(1, sign);
+    return result;
+  }
   int length = 0;
-  do {
+  for (; magnitude >= LIMB_BASE; magnitude /= LIMB_BASE, length += LIMB_DIGITS) {
     store_word(result.vlstr + length, word_of(magnitude % LIMB_BASE));
-    magnitude /= LIMB_BASE;
-    length += 8;
-  } while (magnitude != 0);
-  result.finish(std::max(significant_length(result.vlstr, length), 1), sign);
+  }
+  const std::uint64_t top = word_of(magnitude);
+  store_word(result.vlstr + length, top);
+  length += LIMB_DIGITS - std::countl_zero(top ^ ASCII_ZEROS) / 8;
+  result.finish(length, sign);
   return result;
 }
 

@@ -36,15 +36,14 @@ std::uint64_t digits_at(const char* text, int i, int length) {
 
 bool reverse_long_text(char* buffer, const char* text, int n) {
   bool digits = true;
-  const char* end = text + n;
-  for (; end - text >= 8; end -= 8, buffer += 8) {
-    const std::uint64_t word = reversed(load_word(end - 8));
+  for (int i = 0; i + 8 <= n; i += 8) {
+    const std::uint64_t word = reversed(load_word(text + n - i - 8));
     digits &= all_digits(word);
-    store_word(buffer, word);
+    store_word(buffer + i, word);
   }
   // The rest together with some characters that are there already.
   const std::uint64_t word = reversed(load_word(text));
-  store_word(buffer + (end - text) - 8, word);
+  store_word(buffer + n - 8, word);
   return digits && all_digits(word);
 }
 

@@ -18,11 +18,16 @@
 namespace omrel {
 namespace {
 
-// The value up to its first foreign character as 32 bits, INT32_MAX when it does not fit. Not for
-// negative values.
+// The value as 32 bits, INT32_MAX when it does not fit. Of a text with foreign characters, what the
+// standard library's conversion reads: behind white space and a sign, up to the first such
+// character. Not for negative values.
 std::int32_t clamped(const bignum& n) {
+  int i = significant_length(n.vlstr, n.text_length()) - 1;
+  while (i >= 0 && (n.vlstr[i] == ' ' || (n.vlstr[i] >= '\t' && n.vlstr[i] <= '\r'))) --i;
+  if (i >= 0 && n.vlstr[i] == '-') return 0;
+  if (i >= 0 && n.vlstr[i] == '+') --i;
   std::int64_t value = 0;
-  for (int i = significant_length(n.vlstr, n.length) - 1; i >= 0; --i) {
+  for (; i >= 0; --i) {
     const int digit = n.vlstr[i] - '0';
     if (digit < 0 || digit > 9) break;
     value = value * 10 + digit;
@@ -113,7 +118,9 @@ bignum bignum::pow2(const bignum& n) {
   if (m < POWER_OF_TWO_COUNT && (n.plain || n < bignum(POWER_OF_TWO_COUNT))) {
     return bignum(PowerOfTwoTable[static_cast<unsigned>(m)].data(), 0);
   }
-  return pow(bignum(2), m);
+  Magnitude r;
+  if (!power_of_two(r, m)) overflow();
+  return value_of(r, 0);
 }
 
 bignum bignum::fact(std::int32_t n) {
@@ -135,12 +142,12 @@ bignum bignum::fib(std::int32_t n) {
 }
 
 bignum bignum::sqrt(const bignum& n) {
+  if (debug_switch == 0 && n.negative == 0 && n.length > 0) {
+    if (std::uint64_t x = 0; load_short(x, n)) return value_of_short(short_root(x), 0);
+  }
   if (n.equals_digit('0')) return bignum(0);
   const Digits digits(n);
   const int length = significant_length(digits.text, digits.length);
-  if (debug_switch == 0 && n.negative == 0 && length > 0) {
-    if (std::uint64_t x = 0; load_short(x, n)) return value_of_short(short_root(x), 0);
-  }
   if (debug_switch != 0 || n.negative != 0 || length == 0) return newton_root(n);
   // An even shift that fills the top pair of limbs; the root comes out shifted by half of it.
   const int shift = (2 * LIMB_DIGITS - length % (2 * LIMB_DIGITS)) % (2 * LIMB_DIGITS) / 2 * 2;

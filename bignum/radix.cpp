@@ -106,7 +106,7 @@ struct Powers {
     Magnitude odd = odd_power(chunk, CHUNKS_IN_BLOCK);
     for (int level = 0; level < LEVELS; ++level) {
       set(joining[level], odd, BLOCK << level);
-      odd = product(odd, odd);
+      if (level + 1 < LEVELS) odd = product(odd, odd);
     }
   }
 

@@ -27,11 +27,8 @@ template <class Step>
 int step(const Call& call, Step next) {
   HostVar* var = get_var(call.interp, call.text(2));
   const char* source = var != nullptr ? var->value : call.text(2);
-  bignum result(0);
-  if (source != nullptr) {
-    bignum operand(source, 0);
-    result = next(operand);
-  }
+  bignum result(source, 0);
+  result = source != nullptr ? next(result) : bignum(0);
   const AnswerText text(result);
   const bool made = text.get() != nullptr;
   const char* shown = made ? text.get() : "0";

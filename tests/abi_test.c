@@ -75,13 +75,15 @@ static void check_description(void) {
 
 /* Calls the command in a child process whose standard output is the given end, which is closed
  * here; returns what arrives at the other end. */
-static const char* output_at(int other_end, int child_end, OmrelCommand command, const char* name) {
+static const char* output_at(int other_end, int child_end, OmrelCommand command,
+                             const char* const* argv) {
   static char output[256];
   const pid_t child = fork();
   if (child == 0) {
-    const char* const argv[] = {name, NULL};
+    int argc = 0;
+    while (argv[argc] != NULL) ++argc;
     dup2(child_end, STDOUT_FILENO);
-    const int code = command(NULL, 1, argv, NULL);
+    const int code = command(NULL, argc, argv, NULL);
     fflush(stdout);
     _exit(code);
   }
@@ -107,10 +109,20 @@ static void check_colours(OmrelCommand bigtest) {
     check(0, "a terminal and a pipe");
     return;
   }
+  static const char* const argv[] = {"bigtest", NULL};
   has_subst = 0;
-  check(strcmp(output_at(master, slave, bigtest, "bigtest"), ON_TERMINAL) == 0, "red report");
-  check(strcmp(output_at(ends[0], ends[1], bigtest, "bigtest"), ON_PIPE) == 0, "plain report");
+  check(strcmp(output_at(master, slave, bigtest, argv), ON_TERMINAL) == 0, "red report");
+  check(strcmp(output_at(ends[0], ends[1], bigtest, argv), ON_PIPE) == 0, "plain report");
   has_subst = 1;
+}
+
+/* Digits on a terminal whose locale is the one named. */
+static void check_graph(OmrelCommand big, const char* locale, const char* drawing) {
+  static const char* const argv[] = {"big", "graph", "12", NULL};
+  int master, slave;
+  setenv("LC_ALL", locale, 1);
+  check(openpty(&master, &slave, NULL, NULL, NULL) == 0, "a terminal");
+  check(strcmp(output_at(master, slave, big, argv), drawing) == 0, locale);
 }
 
 int main(void) {
@@ -132,6 +144,8 @@ int main(void) {
                   NULL, NULL, NULL, NULL, NULL, NULL, NULL) == 4,
         "callbacks counted");
   check_colours(bigtest);
+  check_graph(big, "C.UTF-8", "\033[0;31m\u25a0\033[0;91m\u25a0\033[0m\r\r\n");
+  check_graph(big, "C", "\033[0;31m\xfe\033[0;91m\xfe\033[0m\r\r\n");
 
   const char* const sum[] = {"big", "+", "5", "-3", NULL};
   check(big(NULL, 4, sum, NULL) == 0 && strcmp(result, "2") == 0, "big + 5 -3");

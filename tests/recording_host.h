@@ -31,15 +31,18 @@ std::string without_line_numbers(const std::string& text);
 
 using Words = std::vector<std::string>;
 
-// Calls the command words[0] on a fresh host in a child process.
-ChildOutcome run_in_child(const Words& words);
-
 struct Outcome {
   int code;
   std::optional<std::string> result;  // none: the command left the result as it was
   std::string output;                 // standard output, marks included, without line numbers
-  std::vector<std::string> calls;     // the callbacks: "getVar x -1", "setVarValue x 15 0"
+  // The callbacks: "getVar x -1", "setVarValue x 15 0", the latter with " over null" where the
+  // record's value was null and not as freeVarValue had left it.
+  std::vector<std::string> calls;
 };
+
+// Calls the command words[0] on a fresh host in a child process, whose status and output it
+// returns.
+Outcome run_in_child(const Words& words);
 
 class RecordingHost {
  public:
@@ -62,7 +65,7 @@ class RecordingHost {
   // The address of the variable's record.
   const HostVar* record(const std::string& name) const { return variables.at(name).get(); }
 
-  // Calls the command words[0]: bigtest, else big under that name.
+  // Calls the command words[0]: bigtest, else big under that name. "(null)" makes a null text.
   Outcome run(const Words& words);
 
   // The same, but leaves standard output alone and returns the command's code only.
@@ -95,15 +98,6 @@ class RecordingHost {
   int outstanding = 0;  // value texts allocated and not yet released
 };
 
-// One row of a table of calls, each run on a fresh host.
-struct Call {
-  Words words;
-  std::optional<std::string> result{};
-  int code = 0;
-  std::string output{};
-};
 constexpr std::nullopt_t UNTOUCHED = std::nullopt;
-
-void expect_calls(const std::vector<Call>& calls);
 
 }  // namespace omrel::test

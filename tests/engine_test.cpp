@@ -1,0 +1,185 @@
+// What a caller of the engine sees beyond the answer: sign flags left behind, stored digits,
+// remainder texts, the trace of a search, the order of random draws.
+#include "bignum/bignum.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <sstream>
+
+#include "bignum/random.h"
+#include "tests/recording_host.h"
+#include "tests/recording_platform.h"
+
+namespace omrel::test {
+namespace {
+
+std::string shown(const bignum& b) {
+  const std::unique_ptr<char, void (*)(void*)> text(b.to_string(), &std::free);
+  return text.get();
+}
+
+// The result of an operation, and what it has left of its operand.
+std::string shown(const bignum& result, const bignum& operand) {
+  return shown(result) + " " + shown(operand);
+}
+
+bignum value(const std::string& text) { return bignum(text == "{}" ? "" : text.c_str(), 0); }
+
+// The first draw of a process seeds the generator from the clock; so this test, run alone, leaves
+// the first seeding to it.
+TEST(Random, SeedsAndOutputs) {
+  using Time = platform::TimeOfDay;
+  const bool drawn_before = ::testing::UnitTest::GetInstance()->test_to_run_count() > 1;
+  for (const auto& [time, seed] : {std::pair{Time{9, 34, 56, 789}, 790U * 57 * 2100},
+                                   {Time{9, 0, 0, 0}, 60U},
+                                   {Time{}, 5489U}}) {
+    recording_platform.utc_time = time;
+    std::mt19937 judge(seed);
+    if (seed == 60 || drawn_before) mt_randomize(0);
+    if (seed == 5489) mt_init(seed);
+    EXPECT_EQ(mt_range(5, 5), 5);  // draws nothing
+    for (int i = 0; i < 1500; ++i) {
+      EXPECT_EQ(mt_range(INT32_MAX - 1, 0), judge() % INT32_MAX) << seed;
+    }
+  }
+  EXPECT_EQ(mt_range(INT32_MIN, INT32_MAX), 0);
+}
+
+// Draws digits until they, or all but the last, lie between the bounds; none is just below 0.
+std::string drawn(std::mt19937& judge, const std::string& low, const std::string& high) {
+  const auto fits = [&](const std::string& text) {
+    const double v = text.empty() ? -0.5 : std::stod(text);
+    return std::stod(low) <= v && v <= std::stod(high);
+  };
+  const std::size_t width = high.size() > low.size() ? high.size() - low.size() : 1;
+  for (int attempts = 0; attempts < 65535; ++attempts) {
+    std::string text(width == 1 ? 1 : 1 + judge() % width, '0');
+    for (char& digit : text) digit = static_cast<char>('0' + judge() % 10);
+    if (!fits(text)) text.pop_back();
+    if (fits(text)) return text.empty() ? "0" : text;
+  }
+  return "0";
+}
+
+TEST(Random, ValuesFollowTheDraws) {
+  std::mt19937 judge(1);
+  mt_init(1);
+  std::istringstream bounds("1 6  0 100  -5 5  2 123456789  3 00012  50 60  95 10000");
+  for (std::string low, high; bounds >> low >> high;) {
+    const bool is_empty = low == "50";  // 50 to 60: the lower bound is returned, the object is 0
+    for (int i = 0; i < (is_empty ? 1 : 700); ++i) {
+      bignum r(0);
+      const std::string returned = shown(r.rnd(value(low), value(high)));
+      const std::string wanted = shown(value(drawn(judge, low, high)));
+      EXPECT_EQ(returned, is_empty ? low : wanted) << low << " " << high << ", draw " << i;
+      EXPECT_EQ(shown(r), wanted) << low << " " << high << ", draw " << i;
+    }
+  }
+}
+
+TEST(Values, SignOfTheLeftOperandAfterASumAndADifference) {
+  // a, b, a + b, a afterwards, a - b, a afterwards.
+  std::istringstream rows(R"(-5 3 -2 5 -8 -5  3 -5 -2 -3 8 3  -5 -3 -8 -5 -2 5  -5 5 0 5 -10 -5
+      3 5 8 3 -2 -3  5 3 8 5 2 5  -1 -0 -1 -1 -1 1  -0 -0 0 0 0 0  -0 0 0 0 0 0  0 -0 0 0 0 0
+      0 1 1 0 -1 -0  -3 5 2 3 -8 -3  5 -3 2 5 8 5  {} 0 0 0 -0 -0  - {} 0 0 0 -0  0 {} 0 0 0 0)");
+  for (std::string a, b, sum, left, difference, rest;
+       rows >> a >> b >> sum >> left >> difference >> rest;) {
+    bignum x = value(a), y = value(a);
+    EXPECT_EQ(shown(x + value(b), x), sum.append(" ").append(left)) << a << " + " << b;
+    EXPECT_EQ(shown(y - value(b), y), difference.append(" ").append(rest)) << a << " - " << b;
+  }
+  bignum a(-5);
+  EXPECT_EQ(shown(a + a, a), "-10 -5");
+  EXPECT_EQ(shown(a - a, a), "0 5");
+}
+
+TEST(Values, StoredDigitsAndTheirOrder) {
+  const auto stored = [](const bignum& b) {
+    EXPECT_EQ(std::string(b.vlstr).size(), static_cast<std::size_t>(b.length));
+    return std::string(b.vlstr) + (b.negative != 0 ? "- " : " ");
+  };
+  bignum shifted = value("-12"), full = value("1" + std::string(6498, '0'));
+  EXPECT_EQ(stored(value("-0042.9")) + stored(bignum(INT32_MIN)), "2400- 8463847412- ");
+  EXPECT_EQ(stored(bignum("7", 1)) + stored(bignum("+7", 1)) + stored(bignum("", 1)), "7- 7  ");
+  EXPECT_EQ(stored(value("100") - value("99")) + stored(value("5") + value("0005")), "100 0100 ");
+  EXPECT_EQ(stored(value("007") * value("-03")) + stored(value("{}") * value("123")), "1200- 00 ");
+  EXPECT_EQ(stored(value("-98").multiply_digit(9)) + stored(value("9").multiply_digit(0)),
+            "288 0 ");
+  EXPECT_EQ(shown(shifted.shift_digits(2), shifted), "-1200 -1200");
+  EXPECT_EQ(full.shift_digits(1).length, 6499);
+  EXPECT_EQ(compare_digits(nullptr, "1") + compare_signed("21", 1, "3", 1), -1);
+  // An empty value takes only its length and sign along; the characters stay.
+  const bignum empty = value("-");
+  EXPECT_EQ(shown(full = empty).size() + static_cast<std::size_t>(full.length), 6500U);
+}
+
+TEST(Division, RemainderTexts) {
+  std::istringstream rows(R"(100 7 14 2  5 1 5 none  5 -1 -5 0  9 9 1 none  -9 -9 1 none  9 -9 -1 0
+      0 7 0 none  -0 7 0 none  3 7 0 3  007 8 0 7  -1 -2 0 -1  1 -2 0 1  -3 7 0 3  -0 -5 0 -0
+      {} 7 0 0  - 7 0 none  -7 2 -3 1  -7 -2 3 1  1000000000000000000 3 333333333333333333 1)");
+  for (std::string a, d, q, r; rows >> a >> d >> q >> r;) {
+    const bignum dividend = value(a), quotient = dividend / value(d);
+    EXPECT_EQ(shown(quotient), q) << a << " / " << d;
+    EXPECT_EQ(quotient.remainder_text == nullptr ? "none" : quotient.remainder_text, r) << a << d;
+    EXPECT_EQ(shown(dividend), shown(value(a)));
+  }
+  bignum q = bignum(100) / bignum(7), copy(0);
+  copy = q;
+  const bignum kept = copy / bignum(1);  // a copy of the dividend, remainder text and all
+  q.set_remainder("3");
+  copy.set_remainder(nullptr);
+  EXPECT_EQ(shown(kept.get_remainder()) + shown(q.get_remainder()) + shown(copy.get_remainder()),
+            "230");
+}
+
+// The marks of a division, whose answers and whose remainder must be those without a trace.
+std::string traced(const std::string& a, const std::string& d) {
+  std::string answers[2], marks;
+  for (const int on : {0, 1}) {
+    debug_switch = on;
+    const bignum x = value(a), y = value(d);
+    bignum q;
+    marks = capture_output([&] { q = x / y; });
+    capture_output([&] { answers[on] = shown(x % y) + " " + shown(q, q.get_remainder()); });
+    debug_switch = 0;
+  }
+  EXPECT_EQ(answers[1], answers[0]) << a << " / " << d;
+  return marks;
+}
+
+TEST(Division, TheTraceShowsTheSearchAndEndsAtTheSameAnswer) {
+  const RecordingHost reset;
+  const std::string ups(27, 'u');
+  const std::string cases[][4] = {
+      {"100", "-7", "dddbDuDuuDuDu1", "{15}(1){7}\r\n"},
+      {"012", "3", "dddb", "\r\n"},
+      {"-3", "7", "dbDDuDuD", "\r\n"},
+      {"3", "7", "", ""},
+      {"70", "12", "dbDDDDuuDuDu1", "{15}(1){7}\r\n"},
+      {"18041286016", "64", "dddbDuuDDD" + ups + "1111", "{15}(4){7}\r\n"}};
+  for (const auto& [a, d, steps, end] : cases) {
+    std::string marks;
+    for (const char step : steps) {
+      const std::string colours[] = {"13", "11", "14", "10", "15"};
+      marks += "{" + colours[std::string("dbDu1").find(step)] + "}\xFE{7}";
+    }
+    EXPECT_EQ(traced(a, d), marks + end) << a << " / " << d;
+  }
+  // The cap on single steps ends this search short of the quotient.
+  EXPECT_NE(traced(std::string(6000, '9'), "2").find("(9000)"), std::string::npos);
+  std::mt19937 generator(20240301);
+  for (int i = 0; i < 3000; ++i) {
+    std::string texts[2];
+    for (std::string& text : texts) {
+      const std::size_t length = 2 + generator() % (i % 100 == 0 ? 300 : 40);
+      text.assign(1, generator() % 2 == 0 ? '-' : '0');
+      while (text.size() < length) text += "0099123456789"[generator() % 13];
+    }
+    traced(texts[0], texts[1] + "1");
+  }
+}
+
+}  // namespace
+}  // namespace omrel::test
