@@ -7,6 +7,7 @@
 // Not for secrets.
 #include "bignum/random.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "bignum/bignum.h"
@@ -51,16 +52,62 @@ std::uint32_t next_output() {
   return y ^ (y >> 18);
 }
 
-// One attempt at a value between the bounds: a draw, and the draw without its lowest digit.
-// Returns whether `candidate` lies between them.
-bool attempt(bignum& candidate, const bignum& low, const bignum& high, int max_digits) {
-  const int n = mt_range(1, max_digits);
-  // The digits are drawn from the highest down.
-  for (int i = n - 1; i >= 0; --i) candidate.vlstr[i] = static_cast<char>(mt_range('0', '9'));
-  candidate.finish(n, 0);
-  if (candidate < low || candidate > high) candidate.drop_digit();
-  return !(candidate < low) && !(candidate > high);
+// Draws numbers without looking at them.
+void skip_outputs(int count) {
+  if (count > 0 && !seeded) mt_randomize(0);
+  while (count > 0) {
+    if (position >= WORDS) make_words();
+    const int skipped = std::min(count, WORDS - position);
+    position += skipped;
+    count -= skipped;
+  }
 }
+
+// Attempts at a value between two bounds. Every attempt draws as many numbers as it has digits,
+// but the digits are looked at only as far as they can still make a value that is accepted.
+class Attempts {
+ public:
+  Attempts(const bignum& lower, const bignum& upper)
+      : low(lower),
+        high(upper),
+        max_digits(std::max(upper.length - lower.length, 1)),
+        hopeless(upper.negative != 0 || lower > upper),
+        least_digits(lower.negative != 0 ? 0 : digits_of(lower)),
+        most_digits(digits_of(upper)) {}
+
+  // One attempt: a draw, and the draw without its lowest digit. Returns whether `candidate` lies
+  // between the bounds.
+  bool succeeds(bignum& candidate) const {
+    const int n = mt_range(1, max_digits);
+    if (hopeless || n < least_digits) {
+      skip_outputs(n);
+      return false;
+    }
+    // The digits are drawn from the highest down.
+    bool leading = true;
+    for (int i = n - 1; i >= 0; --i) {
+      candidate.vlstr[i] = static_cast<char>(mt_range('0', '9'));
+      leading = leading && candidate.vlstr[i] == '0';
+      if (!leading && i > most_digits) {  // too many digits, even without the lowest
+        skip_outputs(i);
+        return false;
+      }
+    }
+    candidate.finish(n, 0);
+    if (candidate < low || candidate > high) candidate.drop_digit();
+    return !(candidate < low) && !(candidate > high);
+  }
+
+ private:
+  static int digits_of(const bignum& b) { return significant_length(b.vlstr, b.length); }
+
+  const bignum& low;
+  const bignum& high;
+  const int max_digits;
+  const bool hopeless;     // no value is between the bounds, or only negative ones
+  const int least_digits;  // a shorter draw is below the lower bound
+  const int most_digits;   // of the upper bound
+};
 
 }  // namespace
 
@@ -96,10 +143,10 @@ bignum bignum::rnd(const bignum& low, const bignum& high) {
   if (vlstr == nullptr) fatal_exit("vlstr is NULL in bignum::rnd()\n", 0);
   std::memset(vlstr, '\0', MAX_DIGITS);
   plain = false;  // no characters, whatever the length
-  const int max_digits = high.length > low.length ? high.length - low.length : 1;
+  const Attempts attempts(low, high);
   bignum candidate;
-  for (int attempts = 0; attempts < MAX_ATTEMPTS; ++attempts) {
-    if (attempt(candidate, low, high, max_digits)) {
+  for (int count = 0; count < MAX_ATTEMPTS; ++count) {
+    if (attempts.succeeds(candidate)) {
       length = candidate.length;
       plain = true;
       copy_text_n(vlstr, candidate.vlstr, static_cast<std::size_t>(length));
