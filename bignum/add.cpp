@@ -23,8 +23,13 @@ int top_length(const char* text, int length) {
   return length == 0 ? 0 : std::max(significant_length(text, length), 1);
 }
 
+int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
+
 // Compares characters as signed codes from the top; for digits alone, words do the same faster.
 int compare_texts(const char* x, int x_length, const char* y, int y_length, bool foreign) {
+  if (!foreign && x_length > 0 && x_length < 8 && y_length > 0 && y_length < 8) {
+    return compare_words(load_tail(x, x_length), load_tail(y, y_length));
+  }
   x_length = top_length(x, x_length);
   y_length = top_length(y, y_length);
   if (!foreign) return compare_significant(x, x_length, y, y_length);
@@ -37,16 +42,11 @@ int compare_texts(const char* x, int x_length, const char* y, int y_length, bool
   return 0;
 }
 
-int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
-
 int compare_values(const bignum& a, const bignum& b) {
   if (a.negative != 0 && b.negative == 0) return -1;
   if (a.negative == 0 && b.negative != 0) return 1;
-  const bool plain = a.plain && b.plain;
-  const auto is_short = [](const bignum& x) { return x.length > 0 && x.length < 8; };
-  const int order = plain && is_short(a) && is_short(b)
-                        ? compare_words(load_tail(a.vlstr, a.length), load_tail(b.vlstr, b.length))
-                        : compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), !plain);
+  const bool foreign = !a.plain || !b.plain;
+  const int order = compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), foreign);
   return a.negative != 0 ? -order : order;
 }
 

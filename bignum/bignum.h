@@ -63,7 +63,8 @@ class bignum {
   // Returns the value as a new heap text, to be freed with free(): '-' when the sign flag is set,
   // zero included, then the digits without leading zeros. Null when there is no memory.
   char* to_string() const;
-  // Writes that text where there is room for so many bytes; false when it needs more.
+  // Writes that text, whole words of it, where there is room for so many bytes; false when it may
+  // need more.
   bool write_short_text(char* text, int room) const;
 
   // Returns the value over 10^FIXED_PLACES as to_string does: integer part, '.', and the places.
@@ -197,8 +198,7 @@ class bignum {
   bool plain = true;      // whether vlstr holds characters other than digits
 
  private:
-  bool read_short(const char* text);
-  void read_up_to_point(const char* text);
+  [[gnu::noinline]] void read_long(const char* text);
   void write_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
   void keep_remainder(const bignum& r);
@@ -216,6 +216,8 @@ class Digits {
   int length;
 
  private:
+  [[gnu::cold, gnu::noinline]] void clean();
+
   char* cleaned = nullptr;
 };
 

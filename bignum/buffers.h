@@ -27,8 +27,8 @@ extern FreeBuffers free_buffers;
 [[noreturn]] void out_of_memory();
 
 // A buffer from the heap, and one back to it.
-char* allocate_digits();
-void free_digits(char* buffer);
+[[gnu::cold, gnu::noinline]] char* allocate_digits();
+[[gnu::cold, gnu::noinline]] void free_digits(char* buffer);
 
 // Returns a buffer of BUFFER_BYTES bytes, contents unspecified; without memory the process ends.
 inline char* acquire_digits() {

@@ -8,6 +8,10 @@
 namespace omrel {
 
 bool load_short(std::uint64_t& magnitude, const bignum& b) {
+  if (b.length < 8 && b.plain) {
+    magnitude = number_of(load_tail(b.vlstr, b.length));
+    return true;
+  }
   const int length = significant_length(b.vlstr, b.length);
   if (length > SHORT_DIGITS || !b.plain) return false;
   const auto eight_at = [&](int i) {

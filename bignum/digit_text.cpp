@@ -8,19 +8,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "digit texts are read as words");
 
-constexpr std::uint64_t LOW_NIBBLES = 0x0F0F0F0F0F0F0F0F;
-constexpr std::uint64_t HIGH_BITS = 0x8080808080808080;
-constexpr std::uint64_t CARRY_BIAS = 0x9696969696969696;  // 0x100 - 10 - 2 * '0'
-
 std::uint64_t reversed(std::uint64_t word) { return __builtin_bswap64(word); }
-
-// Turns a biased sum or a difference into ASCII: a byte with its high bit set did not carry (or
-// did borrow) and is six too high in its low nibble.
-std::uint64_t to_ascii(std::uint64_t word) {
-  const std::uint64_t high = word & HIGH_BITS;
-  const std::uint64_t sixes = (high >> 5) | (high >> 6);
-  return ((word & LOW_NIBBLES) - sixes) | ASCII_ZEROS;
-}
 
 // The lowest eight digits of what is left of a text, '0' where fewer are.
 std::uint64_t load_tail_or_word(const char* text, int count) {
@@ -75,7 +63,7 @@ int compare_significant(const char* x, int x_length, const char* y, int y_length
   return 0;
 }
 
-int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
+int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
   std::uint64_t carry = 0;
   std::uint64_t ascii = 0;
   // 0 <= carry <= 1; each byte of x + bias is at most 0xCF, so adding the carry overflows none.
@@ -91,7 +79,8 @@ int add_digits(char* sum, const char* x, int x_length, const char* y, int y_leng
   return static_cast<int>(used == 0 ? carry : (ascii >> (8 * used)) & 1);
 }
 
-void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length) {
+void subtract_long_digits(char* difference, const char* x, int x_length, const char* y,
+                          int y_length) {
   std::uint64_t borrow = 0;
   for (int i = 0; i < x_length; i += 8) {
     const std::uint64_t a = digits_at(x, i, x_length);
@@ -101,14 +90,10 @@ void subtract_digits(char* difference, const char* x, int x_length, const char* 
   }
 }
 
-int halve_digits(char* half, const char* x, int length) {
-  // digit / 2, plus 5 when the next higher digit is odd: no carry runs further than one digit.
+int halve_long_digits(char* half, const char* x, int length) {
   for (int i = 0; i < length; i += 8) {
-    const std::uint64_t digits = digits_at(x, i, length) & LOW_NIBBLES;
     const std::uint64_t above = i + 8 < length ? static_cast<std::uint64_t>(x[i + 8] & 1) : 0;
-    const std::uint64_t odd = digits & 0x0101010101010101;
-    const std::uint64_t next_odd = (odd >> 8) | (above << 56);
-    store_word(half + i, ((digits - odd) >> 1) + next_odd * 5 + ASCII_ZEROS);
+    store_word(half + i, half_of_word(digits_at(x, i, length), above));
   }
   return significant_length(half, length);
 }

@@ -68,6 +68,13 @@ inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
   return all_digits(word | (ASCII_ZEROS << (8 * n)));
 }
 
+// Copies fewer than eight characters of a digit buffer in reverse order and ends them with a NUL;
+// the text has room for eight.
+inline void reverse_few_from_buffer(char* text, const char* buffer, int n) {
+  // Twice, since a shift by 64 bits is not defined.
+  store_word(text, __builtin_bswap64(load_word(buffer)) >> (4 * (8 - n)) >> (4 * (8 - n)));
+}
+
 // Copies n characters of a digit buffer in reverse order; writes exactly n.
 void reverse_from_buffer(char* text, const char* buffer, int n);
 
@@ -82,14 +89,59 @@ inline int significant_length(const char* text, int length) {
 // Compares two texts without leading zeros: -1, 0 or 1.
 int compare_significant(const char* x, int x_length, const char* y, int y_length);
 
+// Turns a biased sum or a difference into ASCII: a byte with its high bit set did not carry (or
+// did borrow) and is six too high in its low nibble.
+inline std::uint64_t to_ascii(std::uint64_t word) {
+  const std::uint64_t high = word & 0x8080808080808080;
+  const std::uint64_t sixes = (high >> 5) | (high >> 6);
+  return ((word & 0x0F0F0F0F0F0F0F0F) - sixes) | ASCII_ZEROS;
+}
+
+// What makes a byte of two digits carry at ten: 0x100 - 10 - 2 * '0'.
+constexpr std::uint64_t CARRY_BIAS = 0x9696969696969696;
+
+// As add_digits for any length.
+int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
+
 // Writes x + y, x_length >= y_length digits; returns the final carry. The destination may be x.
-int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
+inline int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
+  if (x_length >= 8) return add_long_digits(sum, x, x_length, y, y_length);
+  const std::uint64_t total =
+      to_ascii(load_tail(x, x_length) + CARRY_BIAS + load_tail(y, y_length));
+  store_word(sum, total);
+  return static_cast<int>((total >> (8 * x_length)) & 1);
+}
+
+// As subtract_digits and halve_digits for any length.
+void subtract_long_digits(char* difference, const char* x, int x_length, const char* y,
+                          int y_length);
+int halve_long_digits(char* half, const char* x, int length);
 
 // Writes x - y for x >= y, as many digits as x has; y may have more, then zeros. The destination
 // may be x.
-void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
+inline void subtract_digits(char* difference, const char* x, int x_length, const char* y,
+                            int y_length) {
+  if (x_length >= 8 || y_length >= 8) {
+    subtract_long_digits(difference, x, x_length, y, y_length);
+  } else {
+    store_word(difference, to_ascii(load_tail(x, x_length) - load_tail(y, y_length)));
+  }
+}
+
+// Half of eight digits: digit / 2, plus 5 when the next higher digit is odd, so no carry runs
+// further than one digit. `above` is 1 when the digit above the eighth is odd, else 0.
+inline std::uint64_t half_of_word(std::uint64_t word, std::uint64_t above) {
+  const std::uint64_t digits = word & 0x0F0F0F0F0F0F0F0F;
+  const std::uint64_t odd = digits & 0x0101010101010101;
+  const std::uint64_t next_odd = (odd >> 8) | (above << 56);
+  return ((digits - odd) >> 1) + next_odd * 5 + ASCII_ZEROS;
+}
 
 // Writes half of x, truncated, and returns the significant length.
-int halve_digits(char* half, const char* x, int length);
+inline int halve_digits(char* half, const char* x, int length) {
+  if (length >= 8) return halve_long_digits(half, x, length);
+  store_word(half, half_of_word(load_tail(x, length), 0));
+  return significant_length(half, length);
+}
 
 }  // namespace omrel

@@ -51,32 +51,32 @@ bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
   if (text == nullptr || *text == '\0') return;
   negative = default_sign;
   if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
-  if (read_short(text)) return;
+  // Up to seven digits are read in one pass.
+  std::uint64_t word = 0;
+  int n = 0;
+  for (; n < 8 && static_cast<unsigned char>(text[n] - '0') <= 9; ++n) {
+    word = (word << 8) | static_cast<unsigned char>(text[n]);
+  }
+  if (n == 8 || text[n] != '\0') {
+    read_long(text);
+  } else {
+    store_word(vlstr, word);  // its upper bytes are the NUL
+    length = n;
+  }
+}
+
+// Reads a text of any length and any characters, behind its sign.
+void bignum::read_long(const char* text) {
   const std::size_t rest = std::strlen(text);
   if (rest >= MAX_DIGITS) overflow();
   length = static_cast<int>(rest);
-  if (!reverse_into_buffer(vlstr, text, length)) read_up_to_point(text);
-  vlstr[length] = '\0';
-}
-
-// Reads up to seven digits in one pass; false when the text is anything else.
-bool bignum::read_short(const char* text) {
-  std::uint64_t word = 0;
-  int n = 0;
-  for (; n < 8 && text[n] >= '0' && text[n] <= '9'; ++n) {
-    word = (word << 8) | static_cast<unsigned char>(text[n]);
-  }
-  if (n == 8 || text[n] != '\0') return false;
-  store_word(vlstr, word);  // its upper bytes are the NUL
-  length = n;
-  return true;
-}
-
-// Reads a text again that is not digits alone: a fraction ends it.
-void bignum::read_up_to_point(const char* text) {
-  const std::size_t point = char_position(text, '.');
-  if (point != 0) length = static_cast<int>(point - 1);
   plain = reverse_into_buffer(vlstr, text, length);
+  if (!plain) {
+    const std::size_t point = char_position(text, '.');
+    if (point != 0) length = static_cast<int>(point - 1);
+    plain = reverse_into_buffer(vlstr, text, length);
+  }
+  vlstr[length] = '\0';
 }
 
 bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
@@ -105,7 +105,7 @@ bignum::bignum(bignum&& b) noexcept
 bignum::~bignum() {
   mark_line();
   release_digits(std::exchange(vlstr, nullptr));
-  free_and_null(&remainder_text);
+  if (remainder_text != nullptr) free_and_null(&remainder_text);
   length = 0;
   negative = 0;
 }
@@ -168,8 +168,13 @@ char* bignum::to_fixed_string() const {
 
 bool bignum::write_short_text(char* text, int room) const {
   const int digit_count = significant_length(vlstr, text_length());
-  if (digit_count + 3 > room) return false;
-  write_digits(text, digit_count);
+  if (digit_count + 10 > room) return false;
+  if (digit_count > 0 && digit_count < 8) {
+    *text = '-';
+    reverse_few_from_buffer(text + (negative != 0 ? 1 : 0), vlstr, digit_count);
+  } else {
+    write_digits(text, digit_count);
+  }
   return true;
 }
 
@@ -193,10 +198,13 @@ bignum bignum::get_remainder() const {
 }
 
 Digits::Digits(const bignum& b) : text(b.vlstr), length(b.length) {
-  if (b.plain) return;
+  if (!b.plain) clean();
+}
+
+void Digits::clean() {
   cleaned = acquire_digits();
   for (int i = 0; i < length; ++i) {
-    const char c = b.vlstr[i];
+    const char c = text[i];
     cleaned[i] = c >= '0' && c <= '9' ? c : '0';
   }
   text = cleaned;

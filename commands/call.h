@@ -20,6 +20,9 @@ struct Call {
   const char* word() const { return text(1); }
 };
 
+// Room for an answer that takes no heap.
+constexpr int SHORT_TEXT = 64;
+
 // An answer's text for as long as the host needs it; a short one takes no heap.
 class AnswerText {
  public:
@@ -29,7 +32,7 @@ class AnswerText {
   const char* get() const { return text; }
 
  private:
-  char short_text[64];
+  char short_text[SHORT_TEXT];
   HeapText owned;
   const char* text;
 };
