@@ -169,12 +169,10 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b) {
 // Rows of doubled limbs, each from the lanes above its own on. The rows of a group start together
 // at the lane above the group, so row k of it brings the lanes from ROWS - k on; which of the
 // products within the group are missing, and which are one too many, is put right by hand.
-bool square(Magnitude& product, const Magnitude& a) {
-  const int count = 2 * a.count();
-  if (count > MAX_LIMBS) return false;
-  Limb* columns = product.limb();
-  std::fill_n(columns, count + ROW_PADDING, 0);
-  const Limb* lanes = a.padded();
+void square_columns(Limb* columns, const Magnitude& a) {
+  const bool is_short = a.count() <= ROWS;
+  const Limb* lanes = is_short ? a.limb() : a.padded();
+  std::fill_n(columns, 2 * a.count() + (is_short ? 0 : ROW_PADDING), 0);
   for (int j = 0; j < a.count(); j += ROWS) {
     const Limb* m = lanes + j;
     Limb* c = columns + 2 * j;
@@ -193,7 +191,13 @@ bool square(Magnitude& product, const Magnitude& a) {
     for (int k = 0; k < ROWS; ++k) twice[k] = 2 * m[k];
     add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
   }
-  carry_columns(columns, count);
+}
+
+bool square(Magnitude& product, const Magnitude& a) {
+  const int count = 2 * a.count();
+  if (count > MAX_LIMBS) return false;
+  square_columns(product.limb(), a);
+  carry_columns(product.limb(), count);
   product.set_count(count);
   return true;
 }

@@ -71,6 +71,10 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b);
 // product = a * a, as multiply but in half the time.
 bool square(Magnitude& product, const Magnitude& a);
 
+// Writes the columns of a * a, 2 * a.count() of them, each below 10^16 times a.count(). There is
+// room for ROW_PADDING columns more.
+void square_columns(Limb* columns, const Magnitude& a);
+
 // q = a / d truncated and r = a - q * d, all four different objects.
 //
 // Operands: d's top limb is at least LIMB_BASE / 10; load both with the shift that makes it so,

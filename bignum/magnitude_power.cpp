@@ -1,5 +1,7 @@
 #include "bignum/magnitude_power.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -48,25 +50,55 @@ void add_or_subtract_two(Magnitude& m, bool k_is_odd) {
   }
 }
 
+// out = f_factor * ff + g_factor * gg + constant, from columns below 2 * 10^18 and small factors.
+struct Combination {
+  int f_factor;
+  int g_factor;
+  int constant;
+};
+
+void combine(Magnitude& out, const Limb* ff, const Limb* gg, int count, Combination c) {
+  constexpr Limb OFFSET = 50'000'000'000;  // OFFSET * LIMB_BASE exceeds any negative sum
+  const auto f_factor = static_cast<Limb>(c.f_factor);
+  const auto g_factor = static_cast<Limb>(static_cast<std::int64_t>(c.g_factor));
+  auto carry = static_cast<Limb>(static_cast<std::int64_t>(c.constant));
+  for (int i = 0; i < count; ++i) {
+    // Modulo 2^64; with the offset the sum is not negative, and below 2^64.
+    const Limb total = OFFSET * LIMB_BASE + ff[i] * f_factor + gg[i] * g_factor + carry;
+    carry = total / LIMB_BASE - OFFSET;
+    out.limb()[i] = total % LIMB_BASE;
+  }
+  out.limb()[count] = carry;  // not negative, since the sum is not
+  out.set_count(count + 1);
+}
+
 // From f = F(k), g = F(k - 1) to the same for 2k, or for 2k + 1.
 void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
-  Magnitude ff;
-  Magnitude gg;
-  square(ff, f);
-  square(gg, g);
-  g = ff;
-  add(g, gg);  // F(2k - 1)
-  f = ff;
-  multiply_add(f, 4, 0);
-  subtract(f, gg);
-  add_or_subtract_two(f, k_is_odd);  // F(2k + 1)
-  if (plus_one) {
-    ff = f;
-    subtract(ff, g);
-    g = ff;
-  } else {
-    subtract(f, g);
+  Limb ff[MAX_LIMBS + ROW_PADDING];
+  Limb gg[MAX_LIMBS + ROW_PADDING];
+  const int count = 2 * f.count();
+  square_columns(ff, f);
+  square_columns(gg, g);
+  std::fill(gg + 2 * g.count(), gg + count, 0);
+  const int two = k_is_odd ? -2 : 2;
+  combine(f, ff, gg, count, plus_one ? Combination{4, -1, two} : Combination{3, -2, two});
+  combine(g, ff, gg, count, plus_one ? Combination{3, -2, two} : Combination{1, 1, 0});
+}
+
+// F(n) and F(n - 1), modulo 2^64, by the formulas that fibonacci explains.
+std::pair<Limb, Limb> word_fibonacci(int n) {
+  Limb f = 1;
+  Limb g = 0;
+  Limb two = 0 - Limb{2};  // 2 (-1)^k
+  for (int bit = 30 - __builtin_clz(static_cast<unsigned>(n)); bit >= 0; --bit) {
+    const Limb below = f * f + g * g;
+    const Limb above = 4 * f * f - g * g + two;
+    const bool plus_one = ((n >> bit) & 1) != 0;
+    f = plus_one ? above : above - below;
+    g = plus_one ? above - below : below;
+    two = plus_one ? 0 - Limb{2} : 2;
   }
+  return {f, g};
 }
 
 }  // namespace
@@ -86,19 +118,22 @@ bool power(Magnitude& r, const Magnitude& base, int n) {
     }
     r = Magnitude(word);
   }
-  Magnitude next;
+  Magnitude other;
+  Magnitude* now = &r;
+  Magnitude* next = &other;
   for (; bit >= 0; --bit) {
-    if (!square(next, r)) return false;
-    if (((n >> bit) & 1) == 0) {
-      r = next;
-    } else if (base_is_word) {
-      r = next;
-      if (r.count() >= MAX_LIMBS - 1) return false;
-      multiply_add(r, word_base, 0);
-    } else if (!multiply(r, next, base)) {
-      return false;
+    if (!square(*next, *now)) return false;
+    std::swap(now, next);
+    if (((n >> bit) & 1) == 0) continue;
+    if (base_is_word) {
+      if (now->count() >= MAX_LIMBS - 1) return false;
+      multiply_add(*now, word_base, 0);
+    } else {
+      if (!multiply(*next, *now, base)) return false;
+      std::swap(now, next);
     }
   }
+  if (now != &r) r = *now;
   return fits(r);
 }
 
@@ -142,9 +177,7 @@ bool fibonacci(Magnitude& r, int n) {
   // The index's highest bits, as far as the number of that index is a machine word.
   int bit = 0;
   while (n >> bit > MAX_WORD_INDEX) ++bit;
-  Limb word_f = 1;
-  Limb word_g = 0;
-  for (int k = 1; k < n >> bit; ++k) word_g = std::exchange(word_f, word_f + word_g);
+  const auto [word_f, word_g] = word_fibonacci(n >> bit);
   Magnitude f(word_f);
   Magnitude g(word_g);
   if (bit == 0) {
