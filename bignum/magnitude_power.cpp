@@ -85,22 +85,6 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
   combine(g, ff, gg, count, plus_one ? Combination{3, -2, two} : Combination{1, 1, 0});
 }
 
-// F(n) and F(n - 1), modulo 2^64, by the formulas that fibonacci explains.
-std::pair<Limb, Limb> word_fibonacci(int n) {
-  Limb f = 1;
-  Limb g = 0;
-  Limb two = 0 - Limb{2};  // 2 (-1)^k
-  for (int bit = 30 - __builtin_clz(static_cast<unsigned>(n)); bit >= 0; --bit) {
-    const Limb below = f * f + g * g;
-    const Limb above = 4 * f * f - g * g + two;
-    const bool plus_one = ((n >> bit) & 1) != 0;
-    f = plus_one ? above : above - below;
-    g = plus_one ? above - below : below;
-    two = plus_one ? 0 - Limb{2} : 2;
-  }
-  return {f, g};
-}
-
 }  // namespace
 
 bool power(Magnitude& r, const Magnitude& base, int n) {
@@ -165,6 +149,22 @@ bool factorial(Magnitude& r, int n) {
   return product_of_range(r, 2, n);
 }
 
+// By the formulas that fibonacci explains.
+std::pair<Limb, Limb> word_fibonacci(int n) {
+  Limb f = 1;
+  Limb g = 0;
+  Limb two = 0 - Limb{2};  // 2 (-1)^k
+  for (int bit = 30 - __builtin_clz(static_cast<unsigned>(n)); bit >= 0; --bit) {
+    const Limb below = f * f + g * g;
+    const Limb above = 4 * f * f - g * g + two;
+    const bool plus_one = ((n >> bit) & 1) != 0;
+    f = plus_one ? above : above - below;
+    g = plus_one ? above - below : below;
+    two = plus_one ? 0 - Limb{2} : 2;
+  }
+  return {f, g};
+}
+
 // By doubling, with two squares a step (D. Takahashi, A fast algorithm for computing large
 // Fibonacci numbers, Information Processing Letters 75, 2000). With f = F(k) and g = F(k - 1):
 //   F(2k - 1) = f^2 + g^2,  F(2k + 1) = 4 f^2 - g^2 + 2 (-1)^k,  F(2k) = their difference,
@@ -172,7 +172,6 @@ bool factorial(Magnitude& r, int n) {
 //   F(2k) = f (f + 2 g),  F(2k + 1) = (2 f + g) (2 f - g) + 2 (-1)^k.
 bool fibonacci(Magnitude& r, int n) {
   constexpr double LOG10_GOLDEN_RATIO = 0.20898764024997873;
-  constexpr int MAX_WORD_INDEX = 93;
   if (n * LOG10_GOLDEN_RATIO >= MAX_DIGITS) return false;
   // The index's highest bits, as far as the number of that index is a machine word.
   int bit = 0;

@@ -2,6 +2,8 @@
 // have MAX_DIGITS digits or more.
 #pragma once
 
+#include <utility>
+
 #include "bignum/limbs.h"
 
 namespace omrel {
@@ -14,6 +16,10 @@ bool power_of_two(Magnitude& r, int n);
 
 // r = n!, n >= 0.
 bool factorial(Magnitude& r, int n);
+
+// The Fibonacci numbers of index n and n - 1, n >= 1, modulo 2^64: exact up to MAX_WORD_INDEX.
+constexpr int MAX_WORD_INDEX = 93;
+std::pair<Limb, Limb> word_fibonacci(int n);
 
 // r = the n-th Fibonacci number, n >= 1.
 bool fibonacci(Magnitude& r, int n);

@@ -4,6 +4,7 @@
 // halves, Fibonacci numbers double their index, and a square root is found limb by limb. Only the
 // root of a number that is negative (or has no digits) takes Newton's steps, which are its
 // definition; so does every root while the debug switch shows the divisions.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -136,8 +137,9 @@ bignum bignum::fact(std::int32_t n) {
 
 bignum bignum::fib(std::int32_t n) {
   if (n == 0) return value_of_short(0, 0);
+  if (n <= MAX_WORD_INDEX) return value_of_short(word_fibonacci(std::max(n, 1)).first, 0);
   Magnitude r;
-  if (!fibonacci(r, n < 1 ? 1 : n)) overflow();
+  if (!fibonacci(r, n)) overflow();
   return value_of(r, 0);
 }
 

@@ -121,7 +121,7 @@ TEST(Operators, OneOperand) {
     div2 {} -> 0  div10 -5 -> -0  div10 -15 -> -1  div10 {} -> 0  abs -0 -> 0  abs 007 -> 7
     is_even 0 -> 1  is_even -4 -> 1  is_even 7 -> 0  is_even {} -> 0  fib 0 -> 0  fib -5 -> 1
     fib 12abc -> 144  fib abc -> 0  fib -4294967286 -> 55  fib 30001%s -> out-of-range  fact -3 -> 1
-    fact 1001 -> too-big  pow2 -4 -> 1  pow2 10.9 -> 1024  pow2 5x -> 32  bintoint 1x1 -> 5
+    fact 1001 -> too-big  pow2 -4 -> 1  pow2 10.9 -> 1024  pow2 5x -> 32  pow2 %5 -> 32  bintoint 1x1 -> 5
     bintoint 0b101 -> 5  bintoint 0B101 -> 5  bintoint {} -> 0  bintoint 0b -> 0  bintoint -12 -> 2
     ~ 1 -> 0  ~ 000 -> 1  ~ -4 -> 0  ~ -0 -> 0  ~ (null) -> 0  ! 000 -> 1  ! -0 -> 0  ! {} -> 0
     sqrt 00 -> 0  sqrt -9 -> 1  sqrt -16 -> 2  sqrt -12345 -> 49  sqrt -1 -> failed
