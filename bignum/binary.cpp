@@ -173,12 +173,20 @@ bignum bignum::bintoint(const char* text) {
   if (bits < 64) return value_of_short(bits_at(first, static_cast<int>(bits)), 0);
   Magnitude binary;
   int count = 0;
-  for (const char* end = first + bits; end > first; end -= BINARY_LIMB_BITS) {
-    const auto left = static_cast<int>(end - first);
-    const int used = std::min(BINARY_LIMB_BITS, left);
-    binary.limb()[count++] = bits_at(end - used, used);
-    if (used == left) break;
-  }
+  Limb pending = 0;  // bits read from the end of the text and not yet a limb
+  int pending_count = 0;
+  const auto take = [&](Limb more, int more_count) {
+    pending |= more << pending_count;
+    pending_count += more_count;
+    if (pending_count < BINARY_LIMB_BITS) return;
+    binary.limb()[count++] = pending & LOW_BITS;
+    pending >>= BINARY_LIMB_BITS;
+    pending_count -= BINARY_LIMB_BITS;
+  };
+  const char* end = first + bits;
+  for (; end - first >= 8; end -= 8) take(bits_of(load_word(end - 8)), 8);
+  take(bits_at(first, static_cast<int>(end - first)), BINARY_LIMB_BITS - pending_count);
+  if (pending != 0) binary.limb()[count++] = pending;
   binary.set_count(count);
   return value_of_binary(binary);
 }

@@ -147,12 +147,17 @@ void sum_chunk(Limb* columns, const Limb* source, int count, const Powers<Way>& 
   std::copy_n(sum, ROOM, columns);
 }
 
-// Converts up to BLOCK source limbs; the target has room(count) limbs, and as many more as a chunk.
+// Converts up to BLOCK source limbs, into room(count) limbs or those of a chunk.
 template <class Way>
 void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
   constexpr int CHUNK = Way::CHUNK;
   constexpr int CHUNK_ROOM = Powers<Way>::CHUNK_ROOM;
   constexpr int BLOCK_ROOM = Way::room(Powers<Way>::BLOCK) + CHUNK_ROOM;
+  if (count <= CHUNK) {
+    sum_chunk(target, source, count, powers);
+    Way::carry(target, CHUNK_ROOM);
+    return;
+  }
   Limb lanes[BLOCK_ROOM + 2 * ROW_PADDING];
   Limb storage[1 + BLOCK_ROOM + 2 * ROW_PADDING];
   Limb* so_far = lanes + ROW_PADDING;
@@ -193,12 +198,15 @@ template <class Way>
 void convert(Magnitude& target, const Magnitude& source) {
   static const Powers<Way> powers;
   constexpr int BLOCK = Powers<Way>::BLOCK;
-  if (source.is_zero()) {
-    target = source;
+  if (source.count() <= BLOCK) {
+    convert_block(target.limb(), source.limb(), source.count(), powers);
+    const int room = Way::room(source.count());
+    Way::carry(target.limb(), room);
+    target.set_count(room);
     return;
   }
   Limb work[Way::room(BLOCK) << LEVELS];
-  int room = Way::room(std::min(BLOCK, source.count()));
+  int room = Way::room(BLOCK);
   int blocks = (source.count() + BLOCK - 1) / BLOCK;
   for (int i = 0; i < blocks; ++i) {
     const int count = std::min(BLOCK, source.count() - i * BLOCK);
