@@ -195,7 +195,7 @@ class bignum {
   std::int32_t length;    // characters in vlstr
   std::int16_t negative;  // the sign flag: 1 or 0
   char* remainder_text;   // what the division that made this value left over, or null; owned
-  bool plain = true;      // whether vlstr holds characters other than digits
+  bool plain = true;      // whether vlstr is `length` characters, all of them digits
 
  private:
   [[gnu::noinline]] void read_long(const char* text);

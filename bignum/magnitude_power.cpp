@@ -140,7 +140,7 @@ bool power_of_two(Magnitude& r, int n) {
 }
 
 bool factorial(Magnitude& r, int n) {
-  constexpr int MAX_FACTORIAL = 2229;  // whose factorial has 6,496 digits, and the next one 6,500
+  constexpr int MAX_FACTORIAL = 2229;  // its factorial has 6,497 digits, the next one 6,501
   if (n > MAX_FACTORIAL) return false;
   if (n < 2) {
     r = Magnitude(1);

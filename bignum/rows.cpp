@@ -62,12 +62,7 @@ __attribute__((target("avx2"))) void add_rows_avx2(Limb* columns, const Limb* la
 #undef OMREL_SPREAD
 #undef OMREL_ADD_PRODUCT
 
-AddRows choose() {
-  __builtin_cpu_init();  // this may run before the compiler runtime's own constructors have
-  return __builtin_cpu_supports("avx2") ? add_rows_avx2 : add_rows_sse2;
-}
-
-#else
+#endif
 
 void add_rows_plain(Limb* columns, const Limb* lanes, int count, const Limb* m) {
   for (int i = 0; i < count + ROWS - 1; ++i) {
@@ -75,12 +70,19 @@ void add_rows_plain(Limb* columns, const Limb* lanes, int count, const Limb* m) 
   }
 }
 
-AddRows choose() { return add_rows_plain; }
-
-#endif
-
 }  // namespace
 
-const AddRows add_rows = choose();
+std::vector<AddRows> add_rows_versions() {
+  std::vector<AddRows> versions;
+#ifdef OMREL_VECTOR_LIMBS
+  __builtin_cpu_init();  // this may run before the compiler runtime's own constructors have
+  if (__builtin_cpu_supports("avx2")) versions.push_back(add_rows_avx2);
+  versions.push_back(add_rows_sse2);
+#endif
+  versions.push_back(add_rows_plain);
+  return versions;
+}
+
+const AddRows add_rows = add_rows_versions().front();
 
 }  // namespace omrel

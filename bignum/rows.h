@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace omrel {
 
@@ -21,5 +22,8 @@ constexpr int ROW_PADDING = 12;
 // Columns:  arithmetic modulo 2^64; 1,844 rows of products below 10^16 each fit a column.
 using AddRows = void (*)(Limb* columns, const Limb* lanes, int count, const Limb* m);
 extern const AddRows add_rows;
+
+// Every version that this machine can run, the chosen one first.
+std::vector<AddRows> add_rows_versions();
 
 }  // namespace omrel

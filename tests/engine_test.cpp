@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "bignum/random.h"
+#include "bignum/rows.h"
 #include "tests/recording_host.h"
 #include "tests/recording_platform.h"
 
@@ -178,6 +179,26 @@ TEST(Division, TheTraceShowsTheSearchAndEndsAtTheSameAnswer) {
       while (text.size() < length) text += "0099123456789"[generator() % 13];
     }
     traced(texts[0], texts[1] + "1");
+  }
+}
+
+// One version is chosen on this machine; another machine chooses another.
+TEST(Rows, EveryVersionAddsTheSameProducts) {
+  std::mt19937 generator(8);
+  for (int count = 1; count < 40; ++count) {
+    std::vector<Limb> lanes(64), m(ROWS), wanted(64);
+    for (int i = 0; i < count; ++i) lanes[static_cast<std::size_t>(ROW_PADDING + i)] = generator();
+    for (Limb& limb : m) limb = generator();
+    for (Limb& column : wanted) column = generator();
+    const std::vector<Limb> before = wanted;
+    for (int i = 0; i < count * ROWS; ++i) {
+      wanted[i / ROWS + i % ROWS] += lanes[ROW_PADDING + i / ROWS] * m[i % ROWS];
+    }
+    for (const AddRows add : add_rows_versions()) {
+      std::vector<Limb> columns = before;
+      add(columns.data(), lanes.data() + ROW_PADDING, count, m.data());
+      EXPECT_EQ(columns, wanted) << count;
+    }
   }
 }
 
