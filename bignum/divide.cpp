@@ -13,7 +13,6 @@
 // remainder of the magnitudes; while the debug switch is on, the search that shows its steps.
 #include <cstdio>
 #include <cstring>
-#include <utility>
 
 #include "bignum/bignum.h"
 #include "bignum/buffers.h"
@@ -99,35 +98,41 @@ bignum shortcut_quotient(Shortcut kind, const bignum& a) {
   return value_of_short(kind == Shortcut::ONE ? 1 : 0, 0);
 }
 
-struct Division {
-  bignum quotient;
-  bignum remainder;
-};
+// The division of magnitudes, neither of them zero. What is not asked for stays in limbs.
+class Division {
+ public:
+  Division(const bignum& dividend, const bignum& divisor) : a(dividend), d(divisor) {
+    if (std::uint64_t short_d = 0; debug_switch == 0 && load_short(short_d, d)) {
+      Magnitude limbs;
+      load(limbs, a);
+      r = Magnitude(divide_short(q, limbs, short_d));
+      return;
+    }
+    const Aligned x(a, d);
+    shift = x.shift;
+    if (debug_switch != 0) {
+      traced_divide(q, r, x);
+    } else {
+      divide(q, r, x.a, x.d);
+    }
+  }
 
-// The division of magnitudes, neither of them zero; the remainder is not negative.
-Division divide_values(const bignum& a, const bignum& d) {
+  bignum quotient() const { return value_of(q, sign_of_quotient(q.is_zero(), a, d)); }
+  bignum remainder() const { return value_of_shifted(r, shift); }  // not negative
+
+ private:
+  const bignum& a;
+  const bignum& d;
   Magnitude q;
-  if (std::uint64_t short_d = 0; debug_switch == 0 && load_short(short_d, d)) {
-    Magnitude dividend;
-    load(dividend, a);
-    const std::uint64_t r = divide_short(q, dividend, short_d);
-    return {value_of(q, sign_of_quotient(q.is_zero(), a, d)), value_of_short(r, 0)};
-  }
-  const Aligned x(a, d);
-  Magnitude r;
-  if (debug_switch != 0) {
-    traced_divide(q, r, x);
-  } else {
-    divide(q, r, x.a, x.d);
-  }
-  return {value_of(q, sign_of_quotient(q.is_zero(), a, d)), value_of_shifted(r, x.shift)};
-}
+  Magnitude r;  // times 10^shift
+  int shift = 0;
+};
 
 // The remainder that a division leaves, but for a divisor that equals 1.
 bignum remainder_of(Shortcut kind, const bignum& a, const bignum& d) {
   if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) return a;
   if (kind != Shortcut::NONE) return value_of_short(0, 0);
-  return divide_values(a, d).remainder;
+  return Division(a, d).remainder();
 }
 
 // The magnitude as arithmetic reads it, "0" for no digits.
@@ -159,9 +164,10 @@ std::int32_t debug_switch = 0;
 bignum bignum::operator/(const bignum& d) const {
   const Shortcut kind = shortcut(*this, d);
   if (kind == Shortcut::NONE) {
-    Division division = divide_values(*this, d);
-    division.quotient.keep_remainder(division.remainder);
-    return std::move(division.quotient);
+    const Division division(*this, d);
+    bignum result = division.quotient();
+    result.keep_remainder(division.remainder());
+    return result;
   }
   bignum result = shortcut_quotient(kind, *this);
   if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) result.keep_remainder(*this);

@@ -131,6 +131,33 @@ void carry_quotient(Magnitude& q, int count, Limb carry) {
   q.set_count(count);
 }
 
+#ifdef __SIZEOF_INT128__
+
+// d * LIMB_BASE is below 3/4 of 2^64.
+constexpr std::uint64_t MAX_RECIPROCAL_DIVISOR = std::uint64_t{1} << 37;
+
+// As divide_short, for machines that have the upper half of a product of words: the quotient by a
+// reciprocal in 64 bits is right or one too small.
+std::uint64_t divide_by_reciprocal(Magnitude& q, const Magnitude& a, std::uint64_t d) {
+  __extension__ using Wide = unsigned __int128;
+  const Wide reciprocal = ~std::uint64_t{0} / d;
+  std::uint64_t r = 0;
+  for (int i = a.count() - 1; i >= 0; --i) {
+    const std::uint64_t dividend = r * LIMB_BASE + a.limb()[i];
+    auto quotient = static_cast<std::uint64_t>(dividend * reciprocal >> 64);
+    r = dividend - quotient * d;
+    if (r >= d) {
+      r -= d;
+      ++quotient;
+    }
+    q.limb()[i] = quotient;
+  }
+  q.set_count(a.count());
+  return r;
+}
+
+#endif
+
 }  // namespace
 
 void divide(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d) {
@@ -159,6 +186,9 @@ void divide_quotient(Magnitude& q, const Magnitude& a, const Magnitude& d) {
 }
 
 std::uint64_t divide_short(Magnitude& q, const Magnitude& a, std::uint64_t d) {
+#ifdef __SIZEOF_INT128__
+  if (d < MAX_RECIPROCAL_DIVISOR) return divide_by_reciprocal(q, a, d);
+#endif
   const double per_divisor = 1.0 / static_cast<double>(d);
   const double base_per_divisor = static_cast<double>(LIMB_BASE) * per_divisor;
   SignedLimb r = 0;
