@@ -123,6 +123,16 @@ bignum bignum::operator-(const bignum& b) {
   return add_signed(b, b.negative != 0 ? std::int16_t{0} : std::int16_t{1});
 }
 
+void bignum::add(const bignum& b) {
+  if (negative != 0 || b.negative != 0 || !plain || !b.plain || length < b.length) {
+    *this = *this + b;
+    return;
+  }
+  int n = length;
+  if (add_digits(vlstr, vlstr, n, b.vlstr, b.length) != 0) vlstr[n++] = '1';
+  finish(n, 0);
+}
+
 bignum bignum::increment() { return *this + bignum(1); }
 
 bignum bignum::decrement() { return *this - bignum(1); }

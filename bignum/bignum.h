@@ -98,6 +98,9 @@ class bignum {
   bignum operator+(const bignum& b);
   bignum operator-(const bignum& b);
 
+  // Sets the value to the sum, in place where neither operand is negative.
+  void add(const bignum& b);
+
   // Return the value plus and minus one, with the same effect on the object's sign flag.
   bignum increment();
   bignum decrement();

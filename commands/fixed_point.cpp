@@ -105,7 +105,7 @@ int op_mean(const Call& call) {
       std::printf("Error: big mean does not accept float values\r\n");
       return 1;
     }
-    sum = sum + number(call, i);
+    sum.add(number(call, i));
   }
   mark_line();
   bignum scaled;
