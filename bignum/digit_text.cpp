@@ -23,16 +23,16 @@ std::uint64_t digits_at(const char* text, int i, int length) {
 }  // namespace
 
 bool reverse_long_text(char* buffer, const char* text, int n) {
-  bool digits = true;
+  // The characters that do not fill a word come along with some that are copied again.
+  const std::uint64_t first = reversed(load_word(text));
+  std::uint64_t marks = foreign_marks(first);
   for (int i = 0; i + 8 <= n; i += 8) {
     const std::uint64_t word = reversed(load_word(text + n - i - 8));
-    digits &= all_digits(word);
+    marks |= foreign_marks(word);
     store_word(buffer + i, word);
   }
-  // The rest together with some characters that are there already.
-  const std::uint64_t word = reversed(load_word(text));
-  store_word(buffer + n - 8, word);
-  return digits && all_digits(word);
+  store_word(buffer + n - 8, first);
+  return are_digits(marks);
 }
 
 void reverse_from_buffer(char* text, const char* buffer, int n) {
@@ -67,13 +67,16 @@ int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y
   std::uint64_t carry = 0;
   std::uint64_t ascii = 0;
   // 0 <= carry <= 1; each byte of x + bias is at most 0xCF, so adding the carry overflows none.
-  for (int i = 0; i < x_length; i += 8) {
-    const std::uint64_t a = digits_at(x, i, x_length) + CARRY_BIAS + carry;
-    const std::uint64_t total = a + digits_at(y, i, y_length);
-    carry = total < a;
+  const auto add_word = [&](int i, std::uint64_t x_word, std::uint64_t y_word) {
+    const std::uint64_t a = x_word + CARRY_BIAS + carry;
+    const std::uint64_t total = a + y_word;
+    carry = total < a ? 1 : 0;
     ascii = to_ascii(total);
     store_word(sum + i, ascii);
-  }
+  };
+  int i = 0;
+  for (; i + 8 <= y_length; i += 8) add_word(i, load_word(x + i), load_word(y + i));
+  for (; i < x_length; i += 8) add_word(i, digits_at(x, i, x_length), digits_at(y, i, y_length));
   // A text that does not fill its last word carries into the word's next digit.
   const int used = x_length % 8;
   return static_cast<int>(used == 0 ? carry : (ascii >> (8 * used)) & 1);
@@ -82,19 +85,27 @@ int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y
 void subtract_long_digits(char* difference, const char* x, int x_length, const char* y,
                           int y_length) {
   std::uint64_t borrow = 0;
-  for (int i = 0; i < x_length; i += 8) {
-    const std::uint64_t a = digits_at(x, i, x_length);
-    const std::uint64_t b = digits_at(y, i, y_length) + borrow;  // a byte is at most 0x3A
-    borrow = a < b;
-    store_word(difference + i, to_ascii(a - b));
+  const auto subtract_word = [&](int i, std::uint64_t x_word, std::uint64_t y_word) {
+    const std::uint64_t b = y_word + borrow;  // a byte is at most 0x3A
+    borrow = x_word < b ? 1 : 0;
+    store_word(difference + i, to_ascii(x_word - b));
+  };
+  int i = 0;
+  for (const int both = x_length < y_length ? x_length : y_length; i + 8 <= both; i += 8) {
+    subtract_word(i, load_word(x + i), load_word(y + i));
+  }
+  for (; i < x_length; i += 8) {
+    subtract_word(i, digits_at(x, i, x_length), digits_at(y, i, y_length));
   }
 }
 
 int halve_long_digits(char* half, const char* x, int length) {
-  for (int i = 0; i < length; i += 8) {
-    const std::uint64_t above = i + 8 < length ? static_cast<std::uint64_t>(x[i + 8] & 1) : 0;
-    store_word(half + i, half_of_word(digits_at(x, i, length), above));
+  int i = 0;
+  for (; i + 8 < length; i += 8) {
+    const auto above = static_cast<std::uint64_t>(x[i + 8] & 1);
+    store_word(half + i, half_of_word(load_word(x + i), above));
   }
+  store_word(half + i, half_of_word(digits_at(x, i, length), 0));
   return significant_length(half, length);
 }
 

@@ -31,11 +31,14 @@ inline std::uint64_t load_tail(const char* text, int count) {
   return (load_word(text) & mask) | (ASCII_ZEROS & ~mask);
 }
 
-// Whether each byte of the word is a digit.
-inline bool all_digits(std::uint64_t word) {
-  const std::uint64_t value = word ^ ASCII_ZEROS;  // 0..9 in each byte, or the byte is foreign
-  return ((value | (value + 0x7676767676767676)) & 0x8080808080808080) == 0;
+// A word whose bytes have their high bits set where the given word's are foreign or follow (in
+// memory) a foreign one; so for digits alone, and only then, none is set.
+inline std::uint64_t foreign_marks(std::uint64_t word) {
+  const std::uint64_t value = word ^ ASCII_ZEROS;  // 0..9 in each byte of a digit
+  return value | (value + 0x7676767676767676);
 }
+
+inline bool are_digits(std::uint64_t marks) { return (marks & 0x8080808080808080) == 0; }
 
 // The number that eight digits stand for: digits, then pairs, then fours.
 inline std::uint64_t number_of(std::uint64_t word) {
@@ -65,7 +68,7 @@ inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
   std::uint64_t word = 0;
   for (int i = 0; i < n; ++i) word = (word << 8) | static_cast<unsigned char>(text[i]);
   store_word(buffer, word);
-  return all_digits(word | (ASCII_ZEROS << (8 * n)));
+  return are_digits(foreign_marks(word | (ASCII_ZEROS << (8 * n))));
 }
 
 // Copies fewer than eight characters of a digit buffer in reverse order and ends them with a NUL;
