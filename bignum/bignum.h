@@ -169,6 +169,9 @@ class bignum {
   bignum operator|(const bignum& b) const;
   bignum operator&(const bignum& b) const;
   bignum operator^(const bignum& b) const;
+  // Returns a & (2^width - 1), width >= 1: the mask itself without a binary form.
+  // Errors: a mask of MAX_DIGITS digits ends the process, whatever the value.
+  bignum low_bits(std::int32_t width) const;
   // Returns the complement over the value's own bits, so ~12 is 3; 0 without a binary form.
   bignum operator~() const;
   // Return the magnitude times 2^n, or divided by it and truncated, n >= 1; never negative.

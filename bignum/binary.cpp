@@ -19,9 +19,6 @@
 namespace omrel {
 namespace {
 
-// 2^MAX_BITS has more digits than a value may have.
-constexpr int MAX_BITS = 21'600;
-
 // Shifts by so few bits are doublings and halvings of the text, those by fewer than these a few
 // products by one word.
 constexpr int MAX_STEPS = 4;
@@ -33,6 +30,9 @@ constexpr int MAX_FIVES = 13;
 constexpr Limb POWER_OF_FIVE[MAX_FIVES + 1] = {1,       5,        25,        125,       625,
                                                3125,    15625,    78125,     390625,    1953125,
                                                9765625, 48828125, 244140625, 1220703125};
+
+// Numbers of so few limbs are complemented in binary.
+constexpr int FEW_LIMBS = 16;
 
 constexpr Limb LOW_BITS = (Limb{1} << BINARY_LIMB_BITS) - 1;
 
@@ -58,8 +58,8 @@ bignum binary_value(const bignum& x) {
   return value_of(m, 0);
 }
 
-// Digits that decide the bits which a number of so many digits can have: n low digits are a value
-// modulo 10^n, and so modulo 2^n.
+// More bits than a number of so many digits can have; and digits that decide so many bits, since n
+// low digits are a value modulo 10^n, and so modulo 2^n.
 int deciding_digits(int length) { return length * 10 / 3 + 1; }
 
 void load_low_binary(Magnitude& binary, const bignum& x, int digit_count) {
@@ -128,7 +128,8 @@ Magnitude top_bit(const Magnitude& m) {
   const int top = m.count() - 1;
   double leading = static_cast<double>(m.limb()[top]);
   if (top > 0) leading += static_cast<double>(m.limb()[top - 1]) / static_cast<double>(LIMB_BASE);
-  const double exponent = std::log2(leading) + top * std::log2(static_cast<double>(LIMB_BASE));
+  constexpr double LOG2_LIMB_BASE = 26.575424759098897;
+  const double exponent = std::log2(leading) + top * LOG2_LIMB_BASE;
   // Rounding may be off by one next to a power of two: start no higher, and double once at most.
   const int low = std::max(static_cast<int>(exponent - 1e-6), 0);
   Magnitude bit;
@@ -169,7 +170,7 @@ bignum bignum::bintoint(const char* text) {
   const char* first = text == nullptr ? nullptr : std::strchr(text, '1');
   if (first == nullptr) return value_of_short(0, 0);
   const std::size_t bits = std::strlen(first);
-  if (bits > MAX_BITS) overflow();
+  if (bits > MAX_EXPONENT_OF_TWO + 1) overflow();
   if (bits < 64) return value_of_short(bits_at(first, static_cast<int>(bits)), 0);
   Magnitude binary;
   int count = 0;
@@ -217,6 +218,25 @@ bignum bignum::operator^(const bignum& b) const {
   return combined(*this, b, length, b.length, [](Limb x, Limb y) { return x ^ y; });
 }
 
+bignum bignum::low_bits(std::int32_t width) const {
+  if (width > MAX_EXPONENT_OF_TWO) overflow();
+  if (!has_binary_form(*this)) {
+    Magnitude mask;
+    power_of_two(mask, width);
+    subtract(mask, Magnitude(1));
+    return value_of(mask, 0);
+  }
+  if (width >= deciding_digits(length)) return binary_value(*this);
+  Magnitude x;
+  load_low_binary(x, *this, width);
+  const int whole = width / BINARY_LIMB_BITS;
+  if (whole < x.count()) {
+    x.limb()[whole] &= (Limb{1} << width % BINARY_LIMB_BITS) - 1;
+    x.set_count(whole + 1);
+  }
+  return value_of_binary(x);
+}
+
 // 2^(e + 1) - 1 - x, 2^e being the top bit of x, without a number longer than x.
 bignum bignum::operator~() const {
   if (!has_binary_form(*this)) return value_of_short(0, 0);
@@ -227,6 +247,15 @@ bignum bignum::operator~() const {
   Magnitude x;
   load(x, *this);
   if (x.is_zero()) return value_of_short(1, 0);  // nothing but leading zeros, and many of them
+  if (x.count() <= FEW_LIMBS) {
+    Magnitude binary;
+    to_binary(binary, x);
+    const int top = binary.count() - 1;
+    for (int i = 0; i < top; ++i) binary.limb()[i] ^= LOW_BITS;
+    binary.limb()[top] ^= ~Limb{0} >> std::countl_zero(binary.limb()[top]);
+    binary.set_count(binary.count());
+    return value_of_binary(binary);
+  }
   Magnitude complement = top_bit(x);
   subtract(x, complement);
   subtract(complement, Magnitude(1));

@@ -122,8 +122,7 @@ bool power(Magnitude& r, const Magnitude& base, int n) {
 }
 
 bool power_of_two(Magnitude& r, int n) {
-  constexpr int MAX_EXPONENT = 21'589;  // 2^21590 has 6,500 digits
-  if (n > MAX_EXPONENT) return false;
+  if (n > MAX_EXPONENT_OF_TWO) return false;
   int doublings = 0;  // of the exponent
   while (n >> doublings >= POWER_OF_TWO_COUNT) ++doublings;
   const PowerOfTwo& text = PowerOfTwoTable[static_cast<unsigned>(n >> doublings)];

@@ -11,7 +11,8 @@ namespace omrel {
 // r = base^n, n >= 1.
 bool power(Magnitude& r, const Magnitude& base, int n);
 
-// r = 2^n, n >= 0.
+// r = 2^n, n >= 0. The largest n is MAX_EXPONENT_OF_TWO.
+constexpr int MAX_EXPONENT_OF_TWO = 21'589;
 bool power_of_two(Magnitude& r, int n);
 
 // r = n!, n >= 0.

@@ -10,10 +10,10 @@ std::int32_t width_of(const Call& call) {
   return width < 1 ? 0 : width;
 }
 
-bignum narrowed(bignum a, std::int32_t width) {
+bignum narrowed(const bignum& a, std::int32_t width) {
   if (width < 1) return a;
   mark_line();
-  return a & bignum::pow(bignum(2), width).decrement();
+  return a.low_bits(width);
 }
 
 // Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
