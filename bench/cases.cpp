@@ -74,15 +74,15 @@ class Builder {
     for (int n : {1, 9, 36, 300, 1000, 6400}) {
       add({"mean", "3 of " + std::to_string(n), {number(n), number(n), number(n)}});
     }
-    std::vector<std::string> many;
-    for (int i = 0; i < 20; ++i) many.push_back(number(18));
+    std::vector<std::string> many(20);
+    for (std::string& text : many) text = number(18);
     add({"mean", "20 of 18", many});
   }
 
   void powers() {
     const int CASES[][2] = {{1, 10},   {2, 9},    {9, 4},    {1, 1000}, {2, 500},
                             {9, 30},   {9, 300},  {18, 20},  {36, 100}, {100, 3},
-                            {100, 60}, {1000, 2}, {1000, 6}, {3249, 2}, {1, 6000}};
+                            {100, 60}, {1000, 2}, {1000, 6}, {3249, 2}, {2, 3000}};
     for (const auto& [digit_count, exponent] : CASES) {
       add({"**", by(digit_count, exponent), {number(digit_count), std::to_string(exponent)}});
     }

@@ -158,7 +158,8 @@ void square_root(Host& host, int, const char* const* argv) {
 void to_binary(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   char* text = static_cast<char*>(std::malloc(mpz_sizeinbase(a.z, 2) + 4));
-  std::memcpy(text, "0b", 2);
+  text[0] = '0';
+  text[1] = 'b';
   mpz_get_str(text + 2, 2, a.z);
   set_result(host, text);
   std::free(text);

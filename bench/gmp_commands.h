@@ -4,13 +4,9 @@
 
 #include <string>
 
-namespace omrel::bench {
+#include "bench/host.h"
 
-// What both commands see of their host: one variable, and a result that is copied.
-struct Host {
-  std::string variable;
-  std::string result;
-};
+namespace omrel::bench {
 
 using GmpCommand = void (*)(Host& host, int argc, const char* const* argv);
 
