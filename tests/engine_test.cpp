@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <sstream>
@@ -184,20 +185,23 @@ TEST(Division, TheTraceShowsTheSearchAndEndsAtTheSameAnswer) {
 
 // One version is chosen on this machine; another machine chooses another.
 TEST(Rows, EveryVersionAddsTheSameProducts) {
+  constexpr int ROOM = 64;
   std::mt19937 generator(8);
   for (int count = 1; count < 40; ++count) {
-    std::vector<Limb> lanes(64), m(ROWS), wanted(64);
-    for (int i = 0; i < count; ++i) lanes[static_cast<std::size_t>(ROW_PADDING + i)] = generator();
-    for (Limb& limb : m) limb = generator();
-    for (Limb& column : wanted) column = generator();
-    const std::vector<Limb> before = wanted;
-    for (int i = 0; i < count * ROWS; ++i) {
-      wanted[i / ROWS + i % ROWS] += lanes[ROW_PADDING + i / ROWS] * m[i % ROWS];
+    Limb lanes[ROOM] = {}, m[ROWS], before[ROOM], wanted[ROOM];
+    Limb* const first = lanes + ROW_PADDING;
+    std::generate_n(first, count, generator);
+    std::generate_n(m, ROWS, generator);
+    std::generate_n(before, ROOM, generator);
+    std::copy_n(before, ROOM, wanted);
+    for (int i = 0; i < count; ++i) {
+      for (int k = 0; k < ROWS; ++k) wanted[i + k] += first[i] * m[k];
     }
     for (const AddRows add : add_rows_versions()) {
-      std::vector<Limb> columns = before;
-      add(columns.data(), lanes.data() + ROW_PADDING, count, m.data());
-      EXPECT_EQ(columns, wanted) << count;
+      Limb columns[ROOM];
+      std::copy_n(before, ROOM, columns);
+      add(columns, first, count, m);
+      EXPECT_TRUE(std::equal(columns, columns + ROOM, wanted)) << count;
     }
   }
 }
