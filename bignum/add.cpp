@@ -23,11 +23,14 @@ int top_length(const char* text, int length) {
   return length == 0 ? 0 : std::max(significant_length(text, length), 1);
 }
 
+// Whether a text is a word with its upper bytes zeros; no text at all is not, as it orders below.
+bool is_word(int length) { return length > 0 && length < 8; }
+
 int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
 
 // Compares characters as signed codes from the top; for digits alone, words do the same faster.
 int compare_texts(const char* x, int x_length, const char* y, int y_length, bool foreign) {
-  if (!foreign && x_length > 0 && x_length < 8 && y_length > 0 && y_length < 8) {
+  if (!foreign && is_word(x_length) && is_word(y_length)) {
     return compare_words(load_tail(x, x_length), load_tail(y, y_length));
   }
   x_length = top_length(x, x_length);
@@ -51,11 +54,11 @@ int compare_values(const bignum& a, const bignum& b) {
 }
 
 // Writes |a| + |b| into sum and returns its length; the sum is not ended.
-int digit_sum(bignum& sum, const Digits& a, const Digits& b) {
-  const Digits& longer = a.length >= b.length ? a : b;
-  const Digits& shorter = a.length >= b.length ? b : a;
+int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
+  const bignum& longer = a.length >= b.length ? a : b;
+  const bignum& shorter = a.length >= b.length ? b : a;
   int n = longer.length;
-  if (add_digits(sum.vlstr, longer.text, n, shorter.text, shorter.length) != 0) {
+  if (add_digits(sum.vlstr, longer.vlstr, n, shorter.vlstr, shorter.length) != 0) {
     sum.vlstr[n++] = '1';
   }
   return n;
@@ -63,15 +66,33 @@ int digit_sum(bignum& sum, const Digits& a, const Digits& b) {
 
 // Writes the distance of |a| and |b|, as many digits as the longer of them. Returns whether |a| is
 // the smaller.
-bool digit_difference(bignum& difference, const Digits& a, const Digits& b) {
-  const bool swapped = compare_texts(a.text, a.length, b.text, b.length, false) < 0;
-  const Digits& upper = swapped ? b : a;
-  const Digits& lower = swapped ? a : b;
+bool digit_difference(bignum& difference, const bignum& a, const bignum& b) {
+  if (is_word(a.length) && is_word(b.length)) {
+    const std::uint64_t x = load_tail(a.vlstr, a.length);
+    const std::uint64_t y = load_tail(b.vlstr, b.length);
+    store_word(difference.vlstr, to_ascii(x < y ? y - x : x - y));
+    difference.finish(std::max(a.length, b.length), x < y ? 1 : 0);
+    return x < y;
+  }
+  const bool swapped = compare_texts(a.vlstr, a.length, b.vlstr, b.length, false) < 0;
+  const bignum& upper = swapped ? b : a;
+  const bignum& lower = swapped ? a : b;
   const int n = std::max(a.length, b.length);
-  subtract_digits(difference.vlstr, upper.text, upper.length, lower.text, lower.length);
-  std::memset(difference.vlstr + upper.length, '0', static_cast<std::size_t>(n - upper.length));
+  subtract_digits(difference.vlstr, upper.vlstr, upper.length, lower.vlstr, lower.length);
+  if (n > upper.length) {
+    std::memset(difference.vlstr + upper.length, '0', static_cast<std::size_t>(n - upper.length));
+  }
   difference.finish(n, swapped ? 1 : 0);
   return swapped;
+}
+
+// A value with its digits as arithmetic reads them.
+bignum cleaned(const bignum& b) {
+  const Digits digits(b);
+  bignum result;
+  std::memcpy(result.vlstr, digits.text, static_cast<std::size_t>(digits.length));
+  result.finish(digits.length, b.negative);
+  return result;
 }
 
 }  // namespace
@@ -101,19 +122,25 @@ bool bignum::operator<=(const bignum& b) const { return compare_values(*this, b)
 bool bignum::operator>=(const bignum& b) const { return compare_values(*this, b) >= 0; }
 
 bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
+  if (!plain || !b.plain) return add_foreign(b, b_negative);
   bignum result;
-  const Digits x(*this);
-  const Digits y(b);
   if ((negative != 0) == (b_negative != 0)) {
-    const int n = digit_sum(result, x, y);
-    if (n > 0 && significant_length(result.vlstr, n) == 0) negative = 0;
+    const int n = digit_sum(result, *this, b);
+    if (negative != 0 && n > 0 && significant_length(result.vlstr, n) == 0) negative = 0;
     result.finish(n, n > 0 ? negative : std::int16_t{0});
   } else if (negative != 0) {
     negative = 0;
-    digit_difference(result, y, x);
-  } else if (digit_difference(result, x, y)) {
+    digit_difference(result, b, *this);
+  } else if (digit_difference(result, *this, b)) {
     negative = 1;
   }
+  return result;
+}
+
+bignum bignum::add_foreign(const bignum& b, std::int16_t b_negative) {
+  bignum a = cleaned(*this);
+  bignum result = a.add_signed(cleaned(b), b_negative);
+  negative = a.negative;
   return result;
 }
 

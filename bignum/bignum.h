@@ -207,6 +207,7 @@ class bignum {
   [[gnu::noinline]] void read_long(const char* text);
   void write_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
+  [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
   void keep_remainder(const bignum& r);
 };
 

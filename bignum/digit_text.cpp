@@ -82,8 +82,7 @@ int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y
   return static_cast<int>(used == 0 ? carry : (ascii >> (8 * used)) & 1);
 }
 
-void subtract_long_digits(char* difference, const char* x, int x_length, const char* y,
-                          int y_length) {
+void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length) {
   std::uint64_t borrow = 0;
   const auto subtract_word = [&](int i, std::uint64_t x_word, std::uint64_t y_word) {
     const std::uint64_t b = y_word + borrow;  // a byte is at most 0x3A

@@ -115,21 +115,12 @@ inline int add_digits(char* sum, const char* x, int x_length, const char* y, int
   return static_cast<int>((total >> (8 * x_length)) & 1);
 }
 
-// As subtract_digits and halve_digits for any length.
-void subtract_long_digits(char* difference, const char* x, int x_length, const char* y,
-                          int y_length);
-int halve_long_digits(char* half, const char* x, int length);
-
 // Writes x - y for x >= y, as many digits as x has; y may have more, then zeros. The destination
 // may be x.
-inline void subtract_digits(char* difference, const char* x, int x_length, const char* y,
-                            int y_length) {
-  if (x_length >= 8 || y_length >= 8) {
-    subtract_long_digits(difference, x, x_length, y, y_length);
-  } else {
-    store_word(difference, to_ascii(load_tail(x, x_length) - load_tail(y, y_length)));
-  }
-}
+void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
+
+// As halve_digits for any length.
+int halve_long_digits(char* half, const char* x, int length);
 
 // Half of eight digits: digit / 2, plus 5 when the next higher digit is odd, so no carry runs
 // further than one digit. `above` is 1 when the digit above the eighth is odd, else 0.
