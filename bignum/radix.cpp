@@ -14,12 +14,12 @@
 namespace omrel {
 namespace {
 
-constexpr int LEVELS = 4;           // of joining
-constexpr int CHUNKS_IN_BLOCK = 7;  // steps that make a block
+constexpr int LEVELS = 4;  // of joining
 constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
 
 struct ToBinary {
-  static constexpr int CHUNK = 9;  // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
+  static constexpr int CHUNK = 9;   // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
+  static constexpr int CHUNKS = 7;  // steps that make a block
   static constexpr Limb SOURCE = LIMB_BASE;
   static constexpr Limb TARGET = BINARY_BASE;
   static constexpr Limb ODD_FACTOR = 390'625;  // of SOURCE; the rest is 2^8
@@ -51,6 +51,7 @@ struct ToBinary {
 
 struct ToDecimal {
   static constexpr int CHUNK = 8;  // 2^(8 * 26) < 10^(8 * 8)
+  static constexpr int CHUNKS = 8;
   static constexpr Limb SOURCE = BINARY_BASE;
   static constexpr Limb TARGET = LIMB_BASE;
   static constexpr Limb ODD_FACTOR = BINARY_BASE;  // no shift in the target
@@ -85,7 +86,7 @@ void add_product(Limb* columns, const Magnitude& x, const Limb* y, int y_count) 
 template <class Way>
 struct Powers {
   static constexpr int CHUNK_ROOM = Way::room(Way::CHUNK);
-  static constexpr int BLOCK = Way::CHUNK * CHUNKS_IN_BLOCK;
+  static constexpr int BLOCK = Way::CHUNK * Way::CHUNKS;
   static_assert(MAX_LIMBS <= BLOCK << LEVELS);
 
   Limb small[Way::CHUNK][CHUNK_ROOM];  // (source base)^i
@@ -103,7 +104,7 @@ struct Powers {
     }
     const Magnitude chunk = odd_power(Magnitude(Way::ODD_FACTOR % Way::TARGET), Way::CHUNK);
     set(step, chunk, Way::CHUNK);
-    Magnitude odd = odd_power(chunk, CHUNKS_IN_BLOCK);
+    Magnitude odd = odd_power(chunk, Way::CHUNKS);
     for (int level = 0; level < LEVELS; ++level) {
       set(joining[level], odd, BLOCK << level);
       if (level + 1 < LEVELS) odd = product(odd, odd);
@@ -147,7 +148,8 @@ void sum_chunk(Limb* columns, const Limb* source, int count, const Powers<Way>& 
   std::copy_n(sum, ROOM, columns);
 }
 
-// Converts up to BLOCK source limbs, into room(count) limbs or those of a chunk.
+// Converts up to BLOCK source limbs, into room(count) limbs; it may write zeros into one more, or
+// into as many as a chunk has.
 template <class Way>
 void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
   constexpr int CHUNK = Way::CHUNK;
@@ -173,10 +175,9 @@ void convert_block(Limb* target, const Limb* source, int count, const Powers<Way
     const int wide_room = Way::room(count - i) + CHUNK_ROOM - CHUNK;
     std::fill_n(columns + CHUNK_ROOM, wide_room + ROW_PADDING - CHUNK_ROOM, 0);
     add_rows(columns + powers.step.shift, so_far, room, factor);
-    Way::settle(so_far, columns, wide_room);
+    Way::settle(i == 0 ? target : so_far, columns, wide_room);
     room = wide_room;
   }
-  std::copy_n(so_far, Way::room(count), target);
 }
 
 // target = low + high * power, of `room` limbs each, the result of at most `wide_room`; the target
