@@ -99,30 +99,44 @@ static const char* output_at(int other_end, int child_end, OmrelCommand command,
   return output;
 }
 
+/* What the command writes to a terminal. */
+static const char* on_terminal(OmrelCommand command, const char* const* argv) {
+  int master, slave;
+  return openpty(&master, &slave, NULL, NULL, NULL) == 0 ? output_at(master, slave, command, argv)
+                                                         : "no terminal";
+}
+
 /* A report in red: colour sequences on a terminal, in their places, and plain bytes on a pipe. */
-static void check_colours(OmrelCommand bigtest) {
+static void check_colours(OmrelCommand bigtest, int has_terminal) {
   static const char ON_TERMINAL[] =
       "\033[0;91m\r\r\nException in [omrel_init: subst not linked\r\n] at line 0\033[0m\r\n";
   static const char ON_PIPE[] = "\r\nException in [omrel_init: subst not linked\n] at line 0\n";
-  int master, slave, ends[2];
-  if (openpty(&master, &slave, NULL, NULL, NULL) != 0 || pipe(ends) != 0) {
-    check(0, "a terminal and a pipe");
-    return;
-  }
   static const char* const argv[] = {"bigtest", NULL};
+  int ends[2];
   has_subst = 0;
-  check(strcmp(output_at(master, slave, bigtest, argv), ON_TERMINAL) == 0, "red report");
-  check(strcmp(output_at(ends[0], ends[1], bigtest, argv), ON_PIPE) == 0, "plain report");
+  check(pipe(ends) == 0 && strcmp(output_at(ends[0], ends[1], bigtest, argv), ON_PIPE) == 0,
+        "plain report");
+  check(!has_terminal || strcmp(on_terminal(bigtest, argv), ON_TERMINAL) == 0, "red report");
   has_subst = 1;
 }
 
 /* Digits on a terminal whose locale is the one named. */
 static void check_graph(OmrelCommand big, const char* locale, const char* drawing) {
   static const char* const argv[] = {"big", "graph", "12", NULL};
-  int master, slave;
   setenv("LC_ALL", locale, 1);
-  check(openpty(&master, &slave, NULL, NULL, NULL) == 0, "a terminal");
-  check(strcmp(output_at(master, slave, big, argv), drawing) == 0, locale);
+  check(strcmp(on_terminal(big, argv), drawing) == 0, locale);
+}
+
+/* A bare chroot has no pseudo-terminals; what needs one is left out there, and said. */
+static int can_make_terminal(void) {
+  int master, slave;
+  if (openpty(&master, &slave, NULL, NULL, NULL) != 0) {
+    fprintf(stderr, "no pseudo-terminal here: colours and blocks are not checked\n");
+    return 0;
+  }
+  close(master);
+  close(slave);
+  return 1;
 }
 
 int main(void) {
@@ -143,9 +157,12 @@ int main(void) {
   check(hand_over(get_var, set_var, NULL, NULL, NULL, NULL, get_command, NULL, NULL, set_result,
                   NULL, NULL, NULL, NULL, NULL, NULL, NULL) == 4,
         "callbacks counted");
-  check_colours(bigtest);
-  check_graph(big, "C.UTF-8", "\033[0;31m\u25a0\033[0;91m\u25a0\033[0m\r\r\n");
-  check_graph(big, "C", "\033[0;31m\xfe\033[0;91m\xfe\033[0m\r\r\n");
+  const int has_terminal = can_make_terminal();
+  check_colours(bigtest, has_terminal);
+  if (has_terminal) {
+    check_graph(big, "C.UTF-8", "\033[0;31m\u25a0\033[0;91m\u25a0\033[0m\r\r\n");
+    check_graph(big, "C", "\033[0;31m\xfe\033[0;91m\xfe\033[0m\r\r\n");
+  }
 
   const char* const sum[] = {"big", "+", "5", "-3", NULL};
   check(big(NULL, 4, sum, NULL) == 0 && strcmp(result, "2") == 0, "big + 5 -3");
