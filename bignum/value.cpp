@@ -83,7 +83,8 @@ bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
 
 bignum::bignum(long value) : bignum() {
   const auto bits = static_cast<unsigned long>(value);
-  finish(digits_of(vlstr, value < 0 ? 0 - bits : bits), value < 0 ? 1 : 0);
+  const auto sign = static_cast<std::int16_t>(value < 0);
+  finish(digits_of(vlstr, sign != 0 ? 0 - bits : bits), sign);
 }
 
 bignum::bignum(const bignum& b)
