@@ -57,11 +57,8 @@ int compare_values(const bignum& a, const bignum& b) {
 int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
   const bignum& longer = a.length >= b.length ? a : b;
   const bignum& shorter = a.length >= b.length ? b : a;
-  int n = longer.length;
-  if (add_digits(sum.vlstr, longer.vlstr, n, shorter.vlstr, shorter.length) != 0) {
-    sum.vlstr[n++] = '1';
-  }
-  return n;
+  const int n = longer.length;
+  return n + add_digits(sum.vlstr, longer.vlstr, n, shorter.vlstr, shorter.length);
 }
 
 // Writes the distance of |a| and |b|, as many digits as the longer of them. Returns whether |a| is
@@ -155,9 +152,7 @@ void bignum::add(const bignum& b) {
     *this = *this + b;
     return;
   }
-  int n = length;
-  if (add_digits(vlstr, vlstr, n, b.vlstr, b.length) != 0) vlstr[n++] = '1';
-  finish(n, 0);
+  finish(length + add_digits(vlstr, vlstr, length, b.vlstr, b.length), 0);
 }
 
 bignum bignum::increment() { return *this + bignum(1); }

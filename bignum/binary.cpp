@@ -318,10 +318,9 @@ bignum bignum::shift_right(std::int32_t n) const {
 bignum bignum::mul2() const {
   const Digits digits(*this);
   bignum result;
-  int n = significant_length(digits.text, digits.length);
+  const int n = significant_length(digits.text, digits.length);
   if (n == 0) return bignum(0);
-  if (add_digits(result.vlstr, digits.text, n, digits.text, n) != 0) result.vlstr[n++] = '1';
-  result.finish(n, 0);
+  result.finish(n + add_digits(result.vlstr, digits.text, n, digits.text, n), 0);
   return result;
 }
 

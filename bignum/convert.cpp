@@ -26,7 +26,7 @@ bool load_short(std::uint64_t& magnitude, const bignum& b) {
 bignum value_of_short(std::uint64_t magnitude, std::int16_t sign) {
   bignum result;
   if (magnitude < 10) {
-    result.vlstr[0] = static_cast<char>('0' + magnitude);
+    store_word(result.vlstr, '0' + magnitude);
     result.finish(1, sign);
     return result;
   }

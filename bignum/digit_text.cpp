@@ -23,15 +23,17 @@ std::uint64_t digits_at(const char* text, int i, int length) {
 }  // namespace
 
 bool reverse_long_text(char* buffer, const char* text, int n) {
-  // The characters that do not fill a word come along with some that are copied again.
-  const std::uint64_t first = reversed(load_word(text));
-  std::uint64_t marks = foreign_marks(first);
-  for (int i = 0; i + 8 <= n; i += 8) {
+  std::uint64_t marks = 0;
+  int i = 0;
+  for (; i + 8 <= n; i += 8) {
     const std::uint64_t word = reversed(load_word(text + n - i - 8));
     marks |= foreign_marks(word);
     store_word(buffer + i, word);
   }
-  store_word(buffer + n - 8, first);
+  // The rest, without those of its word that are there already.
+  const std::uint64_t word = reversed(load_word(text));
+  marks |= foreign_marks(word);
+  store_word(buffer + i, i == n ? 0 : word >> (8 * (8 - (n - i))));
   return are_digits(marks);
 }
 
@@ -79,7 +81,9 @@ int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y
   for (; i < x_length; i += 8) add_word(i, digits_at(x, i, x_length), digits_at(y, i, y_length));
   // A text that does not fill its last word carries into the word's next digit.
   const int used = x_length % 8;
-  return static_cast<int>(used == 0 ? carry : (ascii >> (8 * used)) & 1);
+  if (used != 0) return static_cast<int>((ascii >> (8 * used)) & 1);
+  sum[x_length] = static_cast<char>('0' + carry);
+  return static_cast<int>(carry);
 }
 
 void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length) {

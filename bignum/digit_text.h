@@ -58,11 +58,14 @@ inline std::uint64_t word_of(std::uint64_t number) {
   return word | ASCII_ZEROS;
 }
 
-// Copies n characters in reverse order, n >= 8. Returns whether all are digits.
+// As reverse_into_buffer for n >= 8.
 bool reverse_long_text(char* buffer, const char* text, int n);
 
-// Copies n characters in reverse order. The source is read within its n characters; the
-// destination may be written up to seven bytes further. Returns whether all are digits.
+// Copies n characters in reverse order and ends them with a NUL. The source is read within its n
+// characters; the destination may be written up to eight bytes further. Returns whether all are
+// digits.
+//
+// The last word and the NUL are one store, so that reading the word again does not wait for two.
 inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
   if (n >= 8) return reverse_long_text(buffer, text, n);
   std::uint64_t word = 0;
@@ -106,7 +109,8 @@ constexpr std::uint64_t CARRY_BIAS = 0x9696969696969696;
 // As add_digits for any length.
 int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
 
-// Writes x + y, x_length >= y_length digits; returns the final carry. The destination may be x.
+// Writes x + y, x_length >= y_length digits, and a final carry behind them; returns that carry. The
+// destination may be x.
 inline int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
   if (x_length >= 8) return add_long_digits(sum, x, x_length, y, y_length);
   const std::uint64_t total =

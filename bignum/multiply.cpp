@@ -39,9 +39,12 @@ bignum product(const bignum& a, const bignum& b, std::int16_t sign) {
 bignum bignum::operator*(const bignum& b) const {
   const std::int16_t sign = (negative != 0) == (b.negative != 0) ? 0 : 1;
   bignum result = product(*this, b, sign);
-  const int shown = std::max(result.length, rows_length(length, b.length));
-  std::memset(result.vlstr + result.length, '0', static_cast<std::size_t>(shown - result.length));
-  result.finish(shown, sign);
+  const int shown = rows_length(length, b.length);
+  if (shown > result.length) {
+    const auto missing = static_cast<std::size_t>(shown - result.length);
+    std::memset(result.vlstr + result.length, '0', missing);
+    result.finish(shown, sign);
+  }
   return result;
 }
 
