@@ -165,7 +165,7 @@ class bignum {
   // Errors: as pow.
   static bignum bintoint(const char* text);
   // Bitwise operations on values with a binary form. If one operand has none, the answer is the
-  // other; if neither has, & and | and ^ answer as the comments in binary.cpp say.
+  // other; if neither has, it is 0.
   bignum operator|(const bignum& b) const;
   bignum operator&(const bignum& b) const;
   bignum operator^(const bignum& b) const;

@@ -6,7 +6,7 @@
 // 0x105 leaves 5 and carries 1 into the next digit.
 //
 // Lengths count digits. Texts passed here hold digits only. Kernels may read and write up to
-// seven bytes past the end of a text that lies in a digit buffer, which has the room.
+// eight bytes past the end of a text that lies in a digit buffer, which has the room.
 #pragma once
 
 #include <cstddef>

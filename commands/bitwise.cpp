@@ -10,7 +10,7 @@ std::int32_t width_of(const Call& call) {
   return width < 1 ? 0 : width;
 }
 
-bignum narrowed(const bignum& a, std::int32_t width) {
+bignum narrowed(bignum a, std::int32_t width) {
   if (width < 1) return a;
   mark_line();
   return a.low_bits(width);

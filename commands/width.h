@@ -9,6 +9,6 @@ namespace omrel {
 std::int32_t width_of(const Call& call);
 
 // The value cut to its lowest bits, width of them; unchanged for a width of 0.
-bignum narrowed(const bignum& a, std::int32_t width);
+bignum narrowed(bignum a, std::int32_t width);
 
 }  // namespace omrel
