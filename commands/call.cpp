@@ -32,14 +32,10 @@ AnswerText::AnswerText(const bignum& answer) : text(short_text) {
 }
 
 int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
-  char short_text[SHORT_TEXT];
-  if (answer.write_short_text(short_text, sizeof short_text)) {
-    set_result(call.interp, short_text);
-    return 0;
-  }
-  const HeapText text(answer.to_string());
-  set_result(call.interp, text != nullptr ? text.get() : fallback);
-  return text != nullptr ? 0 : fallback_code;
+  const AnswerText text(answer);
+  const bool made = text.get() != nullptr;
+  set_result(call.interp, made ? text.get() : fallback);
+  return made ? 0 : fallback_code;
 }
 
 int hand_over(const Call& call, const bignum& answer) { return hand_over(call, answer, "0", 1); }
