@@ -148,11 +148,22 @@ bignum bignum::operator-(const bignum& b) {
 }
 
 void bignum::add(const bignum& b) {
-  if (negative != 0 || b.negative != 0 || !plain || !b.plain || length < b.length) {
+  if (negative != 0 || b.negative != 0 || !plain || !b.plain) {
     *this = *this + b;
-    return;
+  } else {
+    finish(digit_sum(*this, *this, b), 0);
   }
-  finish(length + add_digits(vlstr, vlstr, length, b.vlstr, b.length), 0);
+}
+
+bool bignum::step_lowest(bool up) {
+  if (negative != 0 || !plain || length == 0) return false;
+  constexpr std::uint64_t ONE = ASCII_ZEROS + 1;
+  const std::uint64_t mask = length < 8 ? ~(~std::uint64_t{0} << (8 * length)) : ~std::uint64_t{0};
+  const std::uint64_t word = load_word(vlstr) & mask;
+  if (word == ((up ? ASCII_NINES : ASCII_ZEROS) & mask)) return false;
+  const std::uint64_t stepped = up ? word + CARRY_BIAS + ONE : word - ONE;
+  store_word(vlstr, to_ascii(stepped) & mask);
+  return true;
 }
 
 bignum bignum::increment() { return *this + bignum(1); }

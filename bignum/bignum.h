@@ -17,6 +17,18 @@ constexpr int MAX_DIGITS = 6500;
 // Decimal places of a fixed-point number.
 constexpr int FIXED_PLACES = 18;
 
+// A fixed-point number in machine words: the integer part, and its places as an integer.
+struct FixedPoint {
+  std::uint64_t whole;
+  std::uint64_t places;
+};
+
+// Room for the text of such a number, written in whole words.
+constexpr int FIXED_TEXT = 48;
+
+// Room for the binary digits of a value of few digits, written in whole words.
+constexpr int SHORT_BINARY_TEXT = 72;
+
 // The engine's failure: an operation has no answer. Thrown for a zero divisor, and for a square
 // root of a negative number whose steps never end.
 class EngineFailure : public std::exception {
@@ -69,6 +81,8 @@ class bignum {
 
   // Returns the value over 10^FIXED_PLACES as to_string does: integer part, '.', and the places.
   char* to_fixed_string() const;
+  // Writes the text of a fixed-point number, behind '-' when it is said to be negative.
+  static void write_fixed_text(char* text, const FixedPoint& x, bool is_negative);
 
   std::int16_t get_sign() const { return negative; }
   void set_sign(int flag) { negative = flag != 0 ? 1 : 0; }
@@ -104,6 +118,9 @@ class bignum {
   // Return the value plus and minus one, with the same effect on the object's sign flag.
   bignum increment();
   bignum decrement();
+  // Does that in place, up or down, where no more than the lowest eight digits and no sign flag
+  // change; false, and nothing done, elsewhere.
+  bool step_lowest(bool up);
 
   // Whether the lowest stored character has an even code; false for an empty value.
   bool is_even() const;
@@ -129,6 +146,8 @@ class bignum {
   // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated, in one division. False, with q
   // as it was, where operator/ must show its steps or the scaled remainder may be too long.
   bool scaled_quotient(bignum& q, const bignum& d) const;
+  // Sets q to that quotient if both operands have few digits; false, as above, if not.
+  bool short_fixed_quotient(FixedPoint& q, const bignum& d) const;
   // Returns the value of the remainder text that operator/ leaves: the remainder of the magnitudes,
   // not negative; but of two negative operands the dividend itself when it is nearer to zero.
   bignum remainder(const bignum& d) const;
@@ -143,6 +162,7 @@ class bignum {
   static bignum pow(const bignum& x, std::int32_t n);
   // Returns 2 to the power n, 1 for a negative n.
   static bignum pow2(const bignum& n);
+  static bignum pow2(std::int32_t n);
   // Returns n factorial, 1 for a negative n.
   static bignum fact(std::int32_t n);
   // Returns the n-th Fibonacci number, 1 for a negative n.
@@ -160,6 +180,9 @@ class bignum {
   // be freed with free(): "0" for zero. Null for a value without a binary form (negative, negative
   // zero, no digits) and when there is no memory.
   static char* inttobin(const bignum& x, const char* prefix = "");
+  // Writes them without a prefix, whole words of characters, for a value of few digits: up to
+  // SHORT_BINARY_TEXT bytes. False for any other value, nothing written.
+  static bool write_short_binary(char* text, const bignum& x);
   // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
   // counts as a zero; a null text is 0.
   // Errors: as pow.

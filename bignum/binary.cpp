@@ -31,9 +31,6 @@ constexpr Limb POWER_OF_FIVE[MAX_FIVES + 1] = {1,       5,        25,        125
                                                3125,    15625,    78125,     390625,    1953125,
                                                9765625, 48828125, 244140625, 1220703125};
 
-// Numbers of so few limbs are complemented in binary.
-constexpr int FEW_LIMBS = 16;
-
 constexpr Limb LOW_BITS = (Limb{1} << BINARY_LIMB_BITS) - 1;
 
 bool has_binary_form(const bignum& x) { return x.negative == 0 && x.length > 0; }
@@ -101,10 +98,11 @@ std::uint64_t bit_characters(Limb bits) {
   return (((one_each + 0x7F7F7F7F7F7F7F7F) >> 7) & 0x0101010101010101) | ASCII_ZEROS;
 }
 
-// Writes the characters of a limb, BINARY_LIMB_BITS of them and six more that the next limb (or
-// nothing) overwrites.
-void write_bits(char* text, Limb limb) {
-  for (int i = 0; i < 4; ++i) store_word(text + 8 * i, bit_characters(limb << 6 >> (24 - 8 * i)));
+// Writes the `count` low bits of a limb as whole words of characters.
+void write_limb(char* text, Limb limb, int count) {
+  for (limb <<= 64 - count; count > 0; count -= 8, text += 8, limb <<= 8) {
+    store_word(text, bit_characters(limb >> 56));
+  }
 }
 
 // The bits that eight characters stand for, the first one the highest: 1 in a byte that is '1'.
@@ -123,20 +121,40 @@ std::uint64_t bits_at(const char* text, int count) {
   return bits;
 }
 
-// 2^e for the largest e with 2^e <= m, m > 0.
-Magnitude top_bit(const Magnitude& m) {
-  const int top = m.count() - 1;
-  double leading = static_cast<double>(m.limb()[top]);
-  if (top > 0) leading += static_cast<double>(m.limb()[top - 1]) / static_cast<double>(LIMB_BASE);
-  constexpr double LOG2_LIMB_BASE = 26.575424759098897;
-  const double exponent = std::log2(leading) + top * LOG2_LIMB_BASE;
-  // Rounding may be off by one next to a power of two: start no higher, and double once at most.
-  const int low = std::max(static_cast<int>(exponent - 1e-6), 0);
-  Magnitude bit;
-  power_of_two(bit, low);
-  Magnitude twice = bit;
-  multiply_add(twice, 2, 0);
-  return compare(twice, m) <= 0 ? twice : bit;
+// The largest e with 2^e <= x, x > 0 without leading zeros; one less, perhaps, for an x just above
+// 2^e.
+int exponent_of(const char* digits, int length) {
+  constexpr double LOG2_10 = 3.3219280948873626;
+  constexpr double MARGIN = 1e-6;  // more than what rounding and the digits left out come to
+  const int left_out = std::max(length - 2 * LIMB_DIGITS, 0);
+  Magnitude leading;
+  load(leading, digits + left_out, length - left_out, 0);
+  double value = 0;
+  for (int i = leading.count() - 1; i >= 0; --i) {
+    value = value * static_cast<double>(LIMB_BASE) + static_cast<double>(leading.limb()[i]);
+  }
+  return std::max(static_cast<int>(std::log2(value) + left_out * LOG2_10 - MARGIN), 0);
+}
+
+// Takes one from a power of two above 1; it ends in 2, 4, 6 or 8.
+bignum& minus_one(bignum& power) {
+  --power.vlstr[0];
+  return power;
+}
+
+// Characters of a limb as they are written: whole words of them.
+constexpr int LIMB_CHARACTERS = (BINARY_LIMB_BITS + 7) / 8 * 8;
+
+// Writes the bits of a number, one at least, and a NUL; up to LIMB_CHARACTERS behind the end.
+void write_binary(char* text, const Magnitude& binary, int bits) {
+  const int top = std::max(binary.count() - 1, 0);
+  const int top_bits = bits - top * BINARY_LIMB_BITS;
+  char* end = text + top_bits;
+  write_limb(text, binary.is_zero() ? 0 : binary.limb()[top], top_bits);
+  for (int i = top - 1; i >= 0; --i, end += BINARY_LIMB_BITS) {
+    write_limb(end, binary.limb()[i], BINARY_LIMB_BITS);
+  }
+  *end = '\0';
 }
 
 }  // namespace
@@ -144,26 +162,24 @@ Magnitude top_bit(const Magnitude& m) {
 char* bignum::inttobin(const bignum& x, const char* prefix) {
   if (!has_binary_form(x)) return nullptr;
   Magnitude binary;
-  if (std::uint64_t magnitude = 0; load_short(magnitude, x)) {
-    for (int i = 0; i < 3; ++i) binary.limb()[i] = (magnitude >> (i * BINARY_LIMB_BITS)) & LOW_BITS;
-    binary.set_count(3);
-  } else {
-    load_binary(binary, x);
-  }
-  const auto bits = static_cast<std::size_t>(std::max(bit_count(binary), 1));
+  load_binary(binary, x);
+  const int bits = std::max(bit_count(binary), 1);
   const std::size_t prefix_length = std::strlen(prefix);
-  char* text = static_cast<char*>(std::malloc(prefix_length + bits + 1));
+  char* text = static_cast<char*>(
+      std::malloc(prefix_length + static_cast<std::size_t>(bits) + LIMB_CHARACTERS));
   if (text == nullptr) return nullptr;
-  // Whole limbs are written; the leading zeros of the top one are left behind.
-  char limbs[(MAX_LIMBS + 1) * BINARY_LIMB_BITS];
-  char* end = limbs;
-  for (int i = std::max(binary.count(), 1) - 1; i >= 0; --i, end += BINARY_LIMB_BITS) {
-    write_bits(end, binary.limb()[i]);
-  }
   std::memcpy(text, prefix, prefix_length);
-  std::memcpy(text + prefix_length, end - bits, bits);
-  text[prefix_length + bits] = '\0';
+  write_binary(text + prefix_length, binary, bits);
   return text;
+}
+
+bool bignum::write_short_binary(char* text, const bignum& x) {
+  std::uint64_t magnitude = 0;
+  if (!has_binary_form(x) || !load_short(magnitude, x)) return false;
+  const int bits = 64 - std::countl_zero(magnitude | 1);
+  write_limb(text, magnitude, bits);
+  text[bits] = '\0';
+  return true;
 }
 
 bignum bignum::bintoint(const char* text) {
@@ -221,10 +237,8 @@ bignum bignum::operator^(const bignum& b) const {
 bignum bignum::low_bits(std::int32_t width) const {
   if (width > MAX_EXPONENT_OF_TWO) overflow();
   if (!has_binary_form(*this)) {
-    Magnitude mask;
-    power_of_two(mask, width);
-    subtract(mask, Magnitude(1));
-    return value_of(mask, 0);
+    bignum mask = pow2(width);
+    return minus_one(mask);
   }
   if (width >= deciding_digits(length)) return binary_value(*this);
   Magnitude x;
@@ -237,30 +251,24 @@ bignum bignum::low_bits(std::int32_t width) const {
   return value_of_binary(x);
 }
 
-// 2^(e + 1) - 1 - x, 2^e being the top bit of x, without a number longer than x.
+// 2^e - 1 - (x - 2^e), 2^e being the top bit of x: no number on the way is longer than x.
 bignum bignum::operator~() const {
   if (!has_binary_form(*this)) return value_of_short(0, 0);
   if (std::uint64_t x = 0; load_short(x, *this)) {
     const std::uint64_t own_bits = ~std::uint64_t{0} >> std::countl_zero(x | 1);  // zero has one
     return value_of_short(x ^ own_bits, 0);
   }
-  Magnitude x;
-  load(x, *this);
-  if (x.is_zero()) return value_of_short(1, 0);  // nothing but leading zeros, and many of them
-  if (x.count() <= FEW_LIMBS) {
-    Magnitude binary;
-    to_binary(binary, x);
-    const int top = binary.count() - 1;
-    for (int i = 0; i < top; ++i) binary.limb()[i] ^= LOW_BITS;
-    binary.limb()[top] ^= ~Limb{0} >> std::countl_zero(binary.limb()[top]);
-    binary.set_count(binary.count());
-    return value_of_binary(binary);
+  const Digits digits(*this);
+  const int n = significant_length(digits.text, digits.length);
+  if (n == 0) return value_of_short(1, 0);  // nothing but leading zeros, and many of them
+  for (int exponent = exponent_of(digits.text, n);; ++exponent) {
+    bignum power = pow2(exponent);
+    bignum rest = power - *this;
+    power.set_sign(0);
+    rest.set_sign(0);
+    bignum complement = minus_one(power) - rest;
+    if (complement.negative == 0) return complement;
   }
-  Magnitude complement = top_bit(x);
-  subtract(x, complement);
-  subtract(complement, Magnitude(1));
-  subtract(complement, x);
-  return value_of(complement, 0);
 }
 
 bignum bignum::shift_left(std::int32_t n) const {

@@ -22,6 +22,18 @@ std::uint64_t digits_at(const char* text, int i, int length) {
 
 }  // namespace
 
+char* write_number(char* text, std::uint64_t number) {
+  constexpr std::uint64_t EIGHT = 100'000'000;
+  std::uint64_t words[3];
+  int last = 0;
+  for (; number >= EIGHT; number /= EIGHT) words[last++] = word_of(number % EIGHT);
+  words[last] = word_of(number);
+  const int zeros = std::min(std::countl_zero(words[last] ^ ASCII_ZEROS) / 8, 7);
+  store_word(text, reversed(words[last]) >> (8 * zeros));
+  for (text += 8 - zeros; last > 0; text += 8) store_word(text, reversed(words[--last]));
+  return text;
+}
+
 bool reverse_long_text(char* buffer, const char* text, int n) {
   std::uint64_t marks = 0;
   int i = 0;
@@ -42,9 +54,15 @@ void reverse_from_buffer(char* text, const char* buffer, int n) {
     while (n > 0) *text++ = buffer[--n];
     return;
   }
-  char* const last = text + n - 8;
-  for (; n >= 8; n -= 8, text += 8) store_word(text, reversed(load_word(buffer + n - 8)));
-  store_word(last, reversed(load_word(buffer)));
+  // Words are read where they were stored, so that no load waits for two stores. What is written
+  // behind the highest digits is overwritten.
+  const int rest = n % 8;
+  n -= rest;
+  reverse_few_from_buffer(text, buffer + n, rest);
+  for (text += rest; n > 0; text += 8) {
+    n -= 8;
+    store_word(text, reversed(load_word(buffer + n)));
+  }
 }
 
 int length_without_zeros(const char* text, int length) {
@@ -56,13 +74,17 @@ int length_without_zeros(const char* text, int length) {
 
 int compare_significant(const char* x, int x_length, const char* y, int y_length) {
   if (x_length != y_length) return x_length < y_length ? -1 : 1;
-  // From the top; the highest digit of a word is in its highest byte.
-  for (int i = (x_length - 1) & ~7; i >= 0; i -= 8) {
-    const std::uint64_t a = digits_at(x, i, x_length);
-    const std::uint64_t b = digits_at(y, i, x_length);
-    if (a != b) return a < b ? -1 : 1;
+  if (x_length == 0) return 0;
+  // From the top; the highest digit of a word is in its highest byte, behind what the shift drops.
+  int i = (x_length - 1) & ~7;
+  std::uint64_t a = load_word(x + i) << (8 * (i + 8 - x_length));
+  std::uint64_t b = load_word(y + i) << (8 * (i + 8 - x_length));
+  while (a == b && i > 0) {
+    i -= 8;
+    a = load_word(x + i);
+    b = load_word(y + i);
   }
-  return 0;
+  return a == b ? 0 : a < b ? -1 : 1;
 }
 
 int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {

@@ -16,6 +16,7 @@
 namespace omrel {
 
 constexpr std::uint64_t ASCII_ZEROS = 0x3030303030303030;
+constexpr std::uint64_t ASCII_NINES = 0x3939393939393939;
 
 inline std::uint64_t load_word(const char* text) {
   std::uint64_t word;
@@ -40,12 +41,13 @@ inline std::uint64_t foreign_marks(std::uint64_t word) {
 
 inline bool are_digits(std::uint64_t marks) { return (marks & 0x8080808080808080) == 0; }
 
-// The number that eight digits stand for: digits, then pairs, then fours.
+// The number that eight digits stand for: digits, then pairs, then fours. A product by 10^k + 2^f
+// holds x + 10^k y in the field of y, for neighbours x and y in fields of f bits.
 inline std::uint64_t number_of(std::uint64_t word) {
   word &= 0x0F0F0F0F0F0F0F0F;
-  word = (word + (word >> 8) * 10) & 0x00FF00FF00FF00FF;
-  word = (word + (word >> 16) * 100) & 0x0000FFFF0000FFFF;
-  return (word + (word >> 32) * 10000) & 0xFFFFFFFF;
+  word = (word * ((1 << 8) + 10) >> 8) & 0x00FF00FF00FF00FF;
+  word = (word * ((1 << 16) + 100) >> 16) & 0x0000FFFF0000FFFF;
+  return word * ((std::uint64_t{1} << 32) + 10000) >> 32;
 }
 
 // A number below 10^8 as eight digits: fours, then pairs, then digits. A field x becomes its
@@ -57,6 +59,9 @@ inline std::uint64_t word_of(std::uint64_t number) {
   word += (((word * 103) >> 10) & 0x000F000F000F000F) * ((1 << 8) - 10);
   return word | ASCII_ZEROS;
 }
+
+// Writes a number of up to 24 digits as text, whole words of it, and returns the end.
+char* write_number(char* text, std::uint64_t number);
 
 // As reverse_into_buffer for n >= 8.
 bool reverse_long_text(char* buffer, const char* text, int n);

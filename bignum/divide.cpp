@@ -144,19 +144,6 @@ bignum value_without_foreign(const bignum& b) {
 
 constexpr std::uint64_t HALF_SCALE = 1'000'000'000;  // half of the fixed places
 
-// a * 10^18 / d, nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
-bignum short_scaled_quotient(std::uint64_t a, std::uint64_t d) {
-  const std::uint64_t upper = a % d * HALF_SCALE;
-  const std::uint64_t lower = upper % d * HALF_SCALE;
-  bignum result = value_of_short(a / d, 0);
-  const bignum places = value_of_short(upper / d * HALF_SCALE + lower / d, 0);
-  std::memmove(result.vlstr + FIXED_PLACES, result.vlstr, static_cast<std::size_t>(result.length));
-  std::memset(result.vlstr, '0', FIXED_PLACES);
-  std::memcpy(result.vlstr, places.vlstr, static_cast<std::size_t>(places.length));
-  result.finish(result.length + FIXED_PLACES, 0);
-  return result;
-}
-
 }  // namespace
 
 std::int32_t debug_switch = 0;
@@ -195,18 +182,26 @@ bignum bignum::quotient(const bignum& d) const {
   return value_of(q, sign_of_quotient(q.is_zero(), *this, d));
 }
 
+// Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
+bool bignum::short_fixed_quotient(FixedPoint& q, const bignum& d) const {
+  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;
+  const Words x(*this, d);
+  if (!x.fit || x.d >= HALF_SCALE) return false;
+  const std::uint64_t upper = x.a % x.d * HALF_SCALE;
+  const std::uint64_t lower = upper % x.d * HALF_SCALE;
+  q = {x.a / x.d, upper / x.d * HALF_SCALE + lower / x.d};
+  return true;
+}
+
 bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
   const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
   if (!fits || debug_switch != 0 || !plain || !d.plain || is_zero(d)) return false;
-  std::uint64_t short_a = 0;
   std::uint64_t short_d = 0;
   if (!load_short(short_d, d)) {
     const Aligned x(*this, d, FIXED_PLACES);
     Magnitude quotient;
     divide_quotient(quotient, x.a, x.d);
     q = value_of(quotient, 0);
-  } else if (short_d < HALF_SCALE && load_short(short_a, *this)) {
-    q = short_scaled_quotient(short_a, short_d);
   } else {
     Magnitude a;
     Magnitude quotient;

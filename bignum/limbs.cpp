@@ -4,6 +4,7 @@
 #include "bignum/limbs.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 
@@ -15,10 +16,21 @@ namespace {
 constexpr std::uint32_t HIGH_FACTOR = 390'625;  // LIMB_BASE / 2^8
 static_assert(LIMB_BASE == Limb{HIGH_FACTOR} << 8);
 
-void multiply_short(Limb* columns, const Magnitude& a, const Magnitude& b) {
-  for (int j = 0; j < b.count(); ++j) {
-    for (int i = 0; i < a.count(); ++i) columns[i + j] += a.limb()[i] * b.limb()[j];
+// Fewer rows than this are not worth a group of them.
+constexpr int FEW_ROWS = 3;
+
+// The product column by column, each carried at once: for few limbs there is no better way.
+void multiply_short(Limb* product, const Magnitude& a, const Magnitude& b) {
+  const int last = a.count() + b.count() - 1;
+  Limb carry = 0;
+  for (int k = 0; k < last; ++k) {
+    Limb sum = carry;
+    const int end = std::min(k + 1, b.count());
+    for (int j = std::max(k + 1 - a.count(), 0); j < end; ++j) sum += a.limb()[k - j] * b.limb()[j];
+    carry = sum / LIMB_BASE;
+    product[k] = sum - carry * LIMB_BASE;
   }
+  product[last] = carry;
 }
 
 }  // namespace
@@ -91,9 +103,8 @@ void carry_columns(Limb* columns, int count) {
 
 int digit_count(const Magnitude& m) {
   if (m.is_zero()) return 0;
-  int count = (m.count() - 1) * LIMB_DIGITS;
-  for (Limb top = m.limb()[m.count() - 1]; top > 0; top /= 10) ++count;
-  return count;
+  const std::uint64_t top = word_of(m.limb()[m.count() - 1]) ^ ASCII_ZEROS;
+  return m.count() * LIMB_DIGITS - std::countl_zero(top) / 8;
 }
 
 int compare(const Magnitude& a, const Magnitude& b) {
@@ -152,16 +163,20 @@ bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b) {
   if (a.count() < b.count()) return multiply(product, b, a);
   const int count = a.count() + b.count();
   if (count > MAX_LIMBS) return false;
+  if (b.is_zero()) {
+    product.set_count(0);
+    return true;
+  }
   Limb* columns = product.limb();
-  std::fill_n(columns, count + ROW_PADDING, 0);
-  if (b.count() < ROWS) {
+  if (b.count() < FEW_ROWS || a.count() < ROWS) {
     multiply_short(columns, a, b);
   } else {
+    std::fill_n(columns, count + ROW_PADDING, 0);
     const Limb* lanes = a.padded();
     const Limb* m = b.padded();
     for (int j = 0; j < b.count(); j += ROWS) add_rows(columns + j, lanes, a.count(), m + j);
+    carry_columns(columns, count);
   }
-  carry_columns(columns, count);
   product.set_count(count);
   return true;
 }

@@ -116,11 +116,21 @@ bignum bignum::pow(const bignum& x, std::int32_t n) {
 
 bignum bignum::pow2(const bignum& n) {
   const std::int32_t m = n.negative != 0 ? 0 : clamped(n);
-  if (m < POWER_OF_TWO_COUNT && (n.plain || n < bignum(POWER_OF_TWO_COUNT))) {
-    return bignum(PowerOfTwoTable[static_cast<unsigned>(m)].data(), 0);
+  // What other characters are read as may be small although the value is not.
+  if (!n.plain && m < POWER_OF_TWO_COUNT && !(n < bignum(POWER_OF_TWO_COUNT))) {
+    Magnitude r;
+    power_of_two(r, m);
+    return value_of(r, 0);
+  }
+  return pow2(m);
+}
+
+bignum bignum::pow2(std::int32_t n) {
+  if (n < POWER_OF_TWO_COUNT) {
+    return bignum(PowerOfTwoTable[static_cast<unsigned>(std::max(n, 0))].data(), 0);
   }
   Magnitude r;
-  if (!power_of_two(r, m)) overflow();
+  if (!power_of_two(r, n)) overflow();
   return value_of(r, 0);
 }
 

@@ -132,12 +132,9 @@ void bignum::operator=(bignum&& b) noexcept {
 
 void bignum::finish(int digit_count, std::int16_t sign) {
   if (digit_count >= MAX_DIGITS) overflow();
-  if (digit_count < 8) {
-    // In one store with the digits, which are read next as one word.
-    store_word(vlstr, load_word(vlstr) & ((std::uint64_t{1} << (8 * digit_count)) - 1));
-  } else {
-    vlstr[digit_count] = '\0';
-  }
+  // In one store with the last digits, which are read next as one word.
+  char* last = vlstr + digit_count / 8 * 8;
+  store_word(last, load_word(last) & ((std::uint64_t{1} << (digit_count % 8 * 8)) - 1));
   length = digit_count;
   negative = sign;
   plain = true;
@@ -169,6 +166,22 @@ char* bignum::to_fixed_string() const {
   reverse_from_buffer(end + PLACES - written, vlstr, written);
   end[PLACES] = '\0';
   return text;
+}
+
+void bignum::write_fixed_text(char* text, const FixedPoint& x, bool is_negative) {
+  constexpr std::uint64_t EIGHT = 100'000'000;
+  const auto write_eight = [](char* to, std::uint64_t number) {
+    store_word(to, __builtin_bswap64(word_of(number)));
+  };
+  *text = '-';
+  text += is_negative ? 1 : 0;
+  text = write_number(text, x.whole);
+  // The point and the two places that eights leave over, then the eights.
+  const std::uint64_t first_places = word_of(x.places / (EIGHT * EIGHT));
+  store_word(text, '.' | (first_places & 0xFF00) | (first_places & 0xFF) << 16);
+  write_eight(text + 3, x.places / EIGHT % EIGHT);
+  write_eight(text + 11, x.places % EIGHT);
+  text[19] = '\0';
 }
 
 bool bignum::write_short_text(char* text, int room) const {

@@ -41,6 +41,13 @@ int hand_over_scaled(const Call& call, bignum& scaled, bool negative) {
   return 0;
 }
 
+int hand_over_short(const Call& call, const FixedPoint& x, bool negative) {
+  char text[FIXED_TEXT];
+  bignum::write_fixed_text(text, x, negative);
+  set_result(call.interp, text);
+  return 0;
+}
+
 int divide_by_steps(const Call& call, bignum& a, bignum& b) {
   // Of two negative operands the one nearer to zero is left as the remainder, sign and all. The
   // answer is that of the magnitudes.
@@ -89,11 +96,14 @@ int op_fixed_divide(const Call& call) {
   mark_line();
   bignum a = number(call, 2);
   bignum b = number(call, 3);
+  const bool negative = (a.get_sign() != 0) != (b.get_sign() != 0);
+  FixedPoint q;
+  if (a.short_fixed_quotient(q, b)) return hand_over_short(call, q, negative);
   bignum scaled;
   if (!a.scaled_quotient(scaled, b) || may_be_cut_short(scaled, b)) {
     return divide_by_steps(call, a, b);  // which may find 36 places
   }
-  return hand_over_scaled(call, scaled, (a.get_sign() != 0) != (b.get_sign() != 0));
+  return hand_over_scaled(call, scaled, negative);
 }
 
 int op_mean(const Call& call) {
@@ -108,9 +118,12 @@ int op_mean(const Call& call) {
     sum.add(number(call, i));
   }
   mark_line();
+  const bool negative = sum.get_sign() != 0;
+  FixedPoint q;
+  if (sum.short_fixed_quotient(q, n)) return hand_over_short(call, q, negative);
   bignum scaled;
   if (!sum.scaled_quotient(scaled, n)) return mean_by_steps(call, sum, n);
-  return hand_over_scaled(call, scaled, sum.get_sign() != 0);
+  return hand_over_scaled(call, scaled, negative);
 }
 
 int op_fixed_remainder(const Call& call) {

@@ -44,8 +44,14 @@ int op_to_binary(const Call& call) {
                 call.text(2));
     return 1;
   }
-  const char* prefix = has_option(call, "-noprefix") ? "" : "0b";
-  const HeapText text(bignum::inttobin(number(call, 2), prefix));
+  const bool prefixed = !has_option(call, "-noprefix");
+  const bignum x = number(call, 2);
+  char short_text[2 + SHORT_BINARY_TEXT] = {'0', 'b'};
+  if (bignum::write_short_binary(short_text + 2, x)) {
+    set_result(call.interp, short_text + (prefixed ? 0 : 2));
+    return 0;
+  }
+  const HeapText text(bignum::inttobin(x, prefixed ? "0b" : ""));
   set_result(call.interp, text == nullptr ? "" : text.get());
   return 0;
 }

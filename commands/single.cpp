@@ -23,12 +23,15 @@ void replace_value(HostVar* var, const char* text) {
 
 // "++" and "--": the operand names a variable, or is a number when there is no such variable. A
 // variable without a value becomes 0.
-template <class Step>
-int step(const Call& call, Step next) {
+int step(const Call& call, bool up) {
   HostVar* var = get_var(call.interp, call.text(2));
   const char* source = var != nullptr ? var->value : call.text(2);
   bignum result(source, 0);
-  result = source != nullptr ? next(result) : bignum(0);
+  if (source == nullptr) {
+    result = bignum(0);
+  } else if (!result.step_lowest(up)) {
+    result = up ? result.increment() : result.decrement();
+  }
   const AnswerText text(result);
   const bool made = text.get() != nullptr;
   const char* shown = made ? text.get() : "0";
@@ -45,12 +48,12 @@ bool begins_with_prefix(const char* text) {
 
 int op_increment(const Call& call) {
   mark_line();
-  return step(call, [](bignum& operand) { return operand.increment(); });
+  return step(call, true);
 }
 
 int op_decrement(const Call& call) {
   mark_line();
-  return step(call, [](bignum& operand) { return operand.decrement(); });
+  return step(call, false);
 }
 
 int op_halve(const Call& call) {
