@@ -27,7 +27,7 @@ enum MarkColour : std::uint16_t {
 
 void mark(std::uint16_t colour) {
   console_set_colour(colour);
-  platform::put_block();
+  std::fputs(platform::block(), stdout);
   console_reset_colour();
 }
 

@@ -25,12 +25,19 @@ bool has_option(const Call& call, const char* option) {
 // Console attributes of the digits 0 to 9; see the colours of the console.
 constexpr std::uint16_t DIGIT_COLOUR[10] = {0, 4, 12, 6, 14, 10, 9, 13, 8, 15};
 
-void draw(char c) {
+// What a drawing needs to know of the console. Asking again for each of thousands of digits would
+// take longer than drawing them.
+struct Canvas {
+  bool has_colours = console_has_colours();
+  const char* block = platform::block();
+};
+
+void draw(char c, const Canvas& canvas) {
   if (c >= '0' && c <= '9') {
-    console_set_colour(DIGIT_COLOUR[c - '0']);
-    platform::put_block();
+    if (canvas.has_colours) console_set_colour(DIGIT_COLOUR[c - '0']);
+    std::fputs(canvas.block, stdout);
   } else {
-    console_reset_colour();
+    if (canvas.has_colours) console_reset_colour();
     std::putchar(c);
   }
 }
@@ -59,9 +66,10 @@ int op_to_binary(const Call& call) {
 int op_graph(const Call& call) {
   mark_line();
   const std::int32_t width = call.count == 4 ? count_of(call.text(3)) : 0;
+  const Canvas canvas;
   std::int32_t column = 0;
   for (const char* c = call.text(2); *c != '\0'; ++c) {
-    draw(*c);
+    draw(*c, canvas);
     if (++column == width) {
       std::printf("\r\n");
       column = 0;

@@ -26,6 +26,11 @@ bool have_console() {
   return false;
 }
 
+platform::Handle handle_in_use() {
+  if (console_output == platform::NO_HANDLE) console_output = platform::standard_output();
+  return console_output;
+}
+
 void show_error_box(const char* text, std::uint32_t code) {
   std::array<char, MAX_BOX_CHARACTERS + 1> message{};
   std::snprintf(message.data(), message.size(), "%s: (GetLastError: %lu)", text,
@@ -56,11 +61,12 @@ platform::Handle console_open(bool force) {
 }
 
 void console_set_colour(std::uint16_t attribute) {
-  if (console_output == platform::NO_HANDLE) console_output = platform::standard_output();
-  platform::set_text_attribute(console_output, attribute);
+  platform::set_text_attribute(handle_in_use(), attribute);
 }
 
 void console_reset_colour() { console_set_colour(NORMAL_COLOUR); }
+
+bool console_has_colours() { return platform::has_colours(handle_in_use()); }
 
 int console_printf(const char* format, ...) {
   if (!have_console() || format == nullptr) return 0;

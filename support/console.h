@@ -26,6 +26,9 @@ platform::Handle console_open(bool force);
 void console_set_colour(std::uint16_t attribute);
 void console_reset_colour();
 
+// Whether setting it changes anything.
+bool console_has_colours();
+
 // Writes formatted text, cut at 10,204 characters, straight to the console. Returns the
 // formatter's result, negative when the text was cut, or 0 when nothing was formatted.
 [[gnu::format(printf, 1, 2)]] int console_printf(const char* format, ...);

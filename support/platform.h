@@ -26,6 +26,9 @@ Handle standard_output();
 // Whether the handle can be written to.
 bool is_valid(Handle handle);
 
+// Whether set_text_attribute changes anything there. POSIX: whether it is a terminal.
+bool has_colours(Handle handle);
+
 // Sets the colours of what is written next. POSIX: a colour sequence when the handle is a
 // terminal, else nothing. Buffered standard output goes out first, in its own colours.
 void set_text_attribute(Handle handle, std::uint16_t attribute);
@@ -33,9 +36,9 @@ void set_text_attribute(Handle handle, std::uint16_t attribute);
 // Writes the bytes behind everything buffered so far; false when they could not all be written.
 bool write(Handle handle, const char* bytes, std::size_t byte_count);
 
-// Writes one block character, code 254, to buffered standard output. POSIX: U+25A0 where that is
-// a terminal whose locale is UTF-8.
-void put_block();
+// The block character, code 254, as standard output takes it. POSIX: U+25A0 where that is a
+// terminal whose locale is UTF-8.
+const char* block();
 
 // The calling thread's last system error, and the system's own text for a code.
 std::uint32_t last_error();

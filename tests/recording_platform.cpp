@@ -28,6 +28,8 @@ Handle standard_output() { return recording_platform.output; }
 
 bool is_valid(Handle handle) { return handle != NO_HANDLE && handle != test::INVALID_OUTPUT; }
 
+bool has_colours(Handle) { return true; }
+
 void set_text_attribute(Handle handle, std::uint16_t attribute) {
   if (is_valid(handle)) std::printf("{%u}", unsigned{attribute});
 }
@@ -39,7 +41,7 @@ bool write(Handle handle, const char* bytes, std::size_t byte_count) {
   return std::fwrite(bytes, 1, byte_count, stdout) == byte_count;
 }
 
-void put_block() { std::putchar(0xFE); }
+const char* block() { return "\xFE"; }
 
 std::uint32_t last_error() { return recording_platform.error_code; }
 std::string error_text(std::uint32_t /*code*/) { return recording_platform.error_text; }

@@ -17,7 +17,6 @@
 namespace omrel::platform {
 namespace {
 
-constexpr int BLOCK = 0xFE;
 constexpr const char* UTF8_BLOCK = "\xE2\x96\xA0";  // U+25A0
 
 int descriptor_of(Handle handle) { return static_cast<int>(handle); }
@@ -87,8 +86,12 @@ bool is_valid(Handle handle) {
   return handle != NO_HANDLE && ::fcntl(descriptor_of(handle), F_GETFD) != -1;
 }
 
+bool has_colours(Handle handle) {
+  return handle != NO_HANDLE && ::isatty(descriptor_of(handle)) != 0;
+}
+
 void set_text_attribute(Handle handle, std::uint16_t attribute) {
-  if (handle == NO_HANDLE || ::isatty(descriptor_of(handle)) == 0) return;
+  if (!has_colours(handle)) return;
   std::fflush(stdout);
   const std::string sequence = colour_sequence(attribute);
   write_all(descriptor_of(handle), sequence.data(), sequence.size());
@@ -99,12 +102,8 @@ bool write(Handle handle, const char* bytes, std::size_t byte_count) {
   return write_all(descriptor_of(handle), bytes, byte_count);
 }
 
-void put_block() {
-  if (::isatty(STDOUT_FILENO) != 0 && is_utf8(character_locale())) {
-    std::fputs(UTF8_BLOCK, stdout);
-  } else {
-    std::putchar(BLOCK);
-  }
+const char* block() {
+  return has_colours(STDOUT_FILENO) && is_utf8(character_locale()) ? UTF8_BLOCK : "\xFE";
 }
 
 std::uint32_t last_error() { return static_cast<std::uint32_t>(errno); }

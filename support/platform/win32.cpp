@@ -11,8 +11,6 @@
 namespace omrel::platform {
 namespace {
 
-constexpr int BLOCK = 0xFE;
-
 HANDLE system_handle(Handle handle) { return reinterpret_cast<HANDLE>(handle); }
 
 }  // namespace
@@ -25,6 +23,8 @@ Handle standard_output() { return reinterpret_cast<Handle>(GetStdHandle(STD_OUTP
 bool is_valid(Handle handle) {
   return handle != NO_HANDLE && system_handle(handle) != INVALID_HANDLE_VALUE;
 }
+
+bool has_colours(Handle /*handle*/) { return true; }
 
 void set_text_attribute(Handle handle, std::uint16_t attribute) {
   std::fflush(stdout);
@@ -39,7 +39,7 @@ bool write(Handle handle, const char* bytes, std::size_t byte_count) {
   return done != 0 && written == byte_count;
 }
 
-void put_block() { std::putchar(BLOCK); }
+const char* block() { return "\xFE"; }
 
 std::uint32_t last_error() { return GetLastError(); }
 
