@@ -10,26 +10,30 @@ std::int32_t width_of(const Call& call) {
   return width < 1 ? 0 : width;
 }
 
-bignum narrowed(bignum a, std::int32_t width) {
-  if (width < 1) return a;
+void narrow(bignum& a, std::int32_t width) {
+  if (width < 1) return;
   mark_line();
-  return a.low_bits(width);
+  a = a.low_bits(width);
 }
 
 // Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
 int op_and(const Call& call) {
   mark_line();
   const std::int32_t width = width_of(call);
-  const bignum a = narrowed(number(call, 2), width);
-  const bignum b = narrowed(number(call, 3), width);
+  bignum a = number(call, 2);
+  bignum b = number(call, 3);
+  narrow(a, width);
+  narrow(b, width);
   return hand_over(call, a & b, "", 0);
 }
 
 int op_or(const Call& call) {
   mark_line();
   const std::int32_t width = width_of(call);
-  const bignum a = narrowed(number(call, 2), width);
-  const bignum b = narrowed(number(call, 3), width);
+  bignum a = number(call, 2);
+  bignum b = number(call, 3);
+  narrow(a, width);
+  narrow(b, width);
   return hand_over(call, a | b, "", 0);
 }
 
@@ -68,14 +72,18 @@ int op_shift_left(const Call& call) {
   mark_line();
   const std::int32_t n = count_of(call.text(3));
   const bignum a = number(call, 2);
-  return hand_over(call, narrowed(n < 1 ? a : a.shift_left(n), width_of(call)));
+  bignum shifted = n < 1 ? a : a.shift_left(n);
+  narrow(shifted, width_of(call));
+  return hand_over(call, shifted);
 }
 
 int op_shift_right(const Call& call) {
   mark_line();
   const std::int32_t n = count_of(call.text(3));
   const bignum a = number(call, 2);
-  return hand_over(call, narrowed(n < 1 ? a : a.shift_right(n), width_of(call)));
+  bignum shifted = n < 1 ? a : a.shift_right(n);
+  narrow(shifted, width_of(call));
+  return hand_over(call, shifted);
 }
 
 }  // namespace omrel

@@ -44,8 +44,8 @@ template <class Combine>
 int update(const Call& call, Combine combine) {
   HostVar* var = get_var(call.interp, call.text(2));
   if (refused(call, var)) return 1;
-  const bignum a(var->value, 0);
-  const bignum b = number(call, 3);
+  bignum a(var->value, 0);
+  bignum b = number(call, 3);
   return replace(call, var, combine(a, b));
 }
 
@@ -69,16 +69,20 @@ int op_update_xor(const Call& call) {
 int op_update_and(const Call& call) {
   mark_line();
   const std::int32_t width = width_of(call);
-  return update(call, [width](const bignum& a, const bignum& b) {
-    return narrowed(a, width) & narrowed(b, width);
+  return update(call, [width](bignum& a, bignum& b) {
+    narrow(a, width);
+    narrow(b, width);
+    return a & b;
   });
 }
 
 int op_update_or(const Call& call) {
   mark_line();
   const std::int32_t width = width_of(call);
-  return update(call, [width](const bignum& a, const bignum& b) {
-    return narrowed(a, width) | narrowed(b, width);
+  return update(call, [width](bignum& a, bignum& b) {
+    narrow(a, width);
+    narrow(b, width);
+    return a | b;
   });
 }
 

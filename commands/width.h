@@ -8,7 +8,7 @@ namespace omrel {
 // The width that the call gives, 0 when it gives none or one below 1.
 std::int32_t width_of(const Call& call);
 
-// The value cut to its lowest bits, width of them; unchanged for a width of 0.
-bignum narrowed(bignum a, std::int32_t width);
+// Cuts the value to its lowest bits, width of them; leaves it as it is for a width of 0.
+void narrow(bignum& a, std::int32_t width);
 
 }  // namespace omrel
