@@ -81,16 +81,27 @@ std::int16_t sign_of_quotient(bool quotient_is_zero, const bignum& a, const bign
   return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
 }
 
-// Both magnitudes as machine words. The exits all agree with dividing these, but for what the
-// callers look after: a dividend that is handed on as it is, sign and all.
+// Both magnitudes as machine words, or the divisor's. The exits all agree with dividing these, but
+// for what the callers look after: a dividend that is handed on as it is, sign and all.
 struct Words {
-  Words(const bignum& dividend, const bignum& divisor)
-      : fit(debug_switch == 0 && load_short(d, divisor) && d != 0 && load_short(a, dividend)) {}
+  Words(const bignum& dividend, const bignum& divisor) {
+    if (debug_switch != 0 || !load_short(d, divisor) || d == 0) return;
+    fit = load_short(a, dividend);
+    divisor_fits = !fit && dividend.plain && d != 1;
+  }
 
   std::uint64_t a = 0;
   std::uint64_t d = 0;
-  bool fit;
+  bool fit = false;           // both
+  bool divisor_fits = false;  // only the divisor, and it is not 1: so the dividend is greater
 };
+
+// Divides by such a divisor; returns the remainder.
+std::uint64_t divide_long(Magnitude& q, const bignum& a, std::uint64_t d) {
+  Magnitude limbs;
+  load(limbs, a);
+  return divide_short(q, limbs, d);
+}
 
 // The quotient where no search is needed, its remainder text left to the caller.
 bignum shortcut_quotient(Shortcut kind, const bignum& a) {
@@ -102,12 +113,6 @@ bignum shortcut_quotient(Shortcut kind, const bignum& a) {
 class Division {
  public:
   Division(const bignum& dividend, const bignum& divisor) : a(dividend), d(divisor) {
-    if (std::uint64_t short_d = 0; debug_switch == 0 && load_short(short_d, d)) {
-      Magnitude limbs;
-      load(limbs, a);
-      r = Magnitude(divide_short(q, limbs, short_d));
-      return;
-    }
     const Aligned x(a, d);
     shift = x.shift;
     if (debug_switch != 0) {
@@ -166,19 +171,17 @@ bignum bignum::quotient(const bignum& d) const {
     if (x.d == 1 && d.negative == 0) return *this;
     const std::uint64_t q = x.a / x.d;
     return value_of_short(q, sign_of_quotient(q == 0, *this, d));
+  } else if (x.divisor_fits) {
+    Magnitude q;
+    divide_long(q, *this, x.d);
+    return value_of(q, sign_of_quotient(false, *this, d));
   }
   if (debug_switch != 0) return *this / d;
   const Shortcut kind = shortcut(*this, d);
   if (kind != Shortcut::NONE) return shortcut_quotient(kind, *this);
+  const Aligned x(*this, d);
   Magnitude q;
-  if (std::uint64_t short_d = 0; load_short(short_d, d)) {
-    Magnitude a;
-    load(a, *this);
-    divide_short(q, a, short_d);
-  } else {
-    const Aligned x(*this, d);
-    divide_quotient(q, x.a, x.d);
-  }
+  divide_quotient(q, x.a, x.d);
   return value_of(q, sign_of_quotient(q.is_zero(), *this, d));
 }
 
@@ -195,9 +198,11 @@ bool bignum::short_fixed_quotient(FixedPoint& q, const bignum& d) const {
 
 bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
   const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
-  if (!fits || debug_switch != 0 || !plain || !d.plain || is_zero(d)) return false;
-  std::uint64_t short_d = 0;
-  if (!load_short(short_d, d)) {
+  if (!fits || debug_switch != 0 || !plain || !d.plain) return false;
+  std::uint64_t short_d = 1;
+  const bool is_short = load_short(short_d, d);
+  if (short_d == 0 || (!is_short && is_zero(d))) return false;
+  if (!is_short) {
     const Aligned x(*this, d, FIXED_PLACES);
     Magnitude quotient;
     divide_quotient(quotient, x.a, x.d);
@@ -216,6 +221,9 @@ bignum bignum::remainder(const bignum& d) const {
   if (const Words x(*this, d); x.fit) {
     const bool keeps_sign = negative != 0 && d.negative != 0 && x.a < x.d;
     return value_of_short(x.a % x.d, keeps_sign ? 1 : 0);
+  } else if (x.divisor_fits) {
+    Magnitude q;
+    return value_of_short(divide_long(q, *this, x.d), 0);
   }
   const Shortcut kind = shortcut(*this, d);
   return kind == Shortcut::DIVIDEND ? get_remainder() : remainder_of(kind, *this, d);
@@ -224,7 +232,12 @@ bignum bignum::remainder(const bignum& d) const {
 bignum bignum::operator%(const bignum& b) const {
   const std::int16_t sign = negative != 0 ? 1 : 0;
   if (b.equals_digit('0')) return value_of_short(0, sign);
-  if (const Words x(*this, b); x.fit) return value_of_short(x.a % x.d, sign);
+  if (const Words x(*this, b); x.fit) {
+    return value_of_short(x.a % x.d, sign);
+  } else if (x.divisor_fits) {
+    Magnitude q;
+    return value_of_short(divide_long(q, *this, x.d), sign);
+  }
   const Shortcut kind = shortcut(*this, b);
   if (kind == Shortcut::DIVIDEND) return value_of_short(0, sign);
   bignum r = remainder_of(kind, *this, b);

@@ -17,16 +17,13 @@
 #include <algorithm>
 #include <cassert>
 
-#include "bignum/limbs.h"
+#include "bignum/limb_estimate.h"
 
 namespace omrel {
 namespace {
 
 using SignedLimb = std::int64_t;
 
-constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
-constexpr double ESTIMATE_BIAS = 1e-6;
-constexpr int TOP = ROWS + 2;   // leading divisor limbs that a group of estimates reads
 constexpr int GUARD_LIMBS = 4;  // columns below the divisor's top whose carries may be ignored
 
 class LongDivision {
@@ -37,8 +34,8 @@ class LongDivision {
         lanes(divisor.padded()),
         position_count(a.count() - divisor.count() + 1) {
     assert(d.limb()[d.count() - 1] >= LIMB_BASE / 10);
-    for (int s = 0; s < TOP; ++s) top[s] = lanes[d.count() - 1 - s];
-    reciprocal = 1.0 / (leading(top[0], top[1], top[2]));
+    for (int s = 0; s < Estimator::TOP; ++s) top[s] = lanes[d.count() - 1 - s];
+    estimator.set_divisor(top);
     std::fill_n(storage, ROW_PADDING, 0);
     for (int i = 0; i < a.count(); ++i) columns()[i] = 0 - a.limb()[i];
     std::fill_n(columns() + a.count(), ROW_PADDING, 0);
@@ -46,8 +43,7 @@ class LongDivision {
     head = a.limb()[a.count() - 1];
   }
 
-  // Finds all quotient limbs; rows below column `cut` are left out. Leaves the remainder's ratio
-  // to the divisor, to within 10^-5.
+  // Finds all quotient limbs; rows below column `cut` are left out.
   void run(int cut) {
     for (int j = (position_count - 1) / ROWS * ROWS; j >= 0; j -= ROWS) {
       find_limbs(j);
@@ -57,7 +53,7 @@ class LongDivision {
   }
 
   // Whether the remainder is certainly below the divisor.
-  bool is_settled() const { return ratio < 1 - 1e-5; }
+  bool is_settled() const { return ratio < 1; }
 
   // Turns the columns into the remainder, below twice the divisor.
   void remainder(Magnitude& r) const {
@@ -73,37 +69,17 @@ class LongDivision {
   }
 
  private:
-  static double leading(Limb x0, Limb x1, Limb x2) {
-    return static_cast<double>(x0) + static_cast<double>(x1) * PER_LIMB +
-           static_cast<double>(x2) * (PER_LIMB * PER_LIMB);
-  }
-
-  // The estimate of H + (next + after / LIMB_BASE) / LIMB_BASE over the divisor.
-  double estimate(SignedLimb next, SignedLimb after) const {
-    const double low = static_cast<double>(next) + static_cast<double>(after) * PER_LIMB;
-    return (static_cast<double>(static_cast<SignedLimb>(head)) + low * PER_LIMB) * reciprocal;
-  }
-
   // Finds the limbs at positions j + ROWS - 1 to j (fewer at the top) from the top columns.
   //
-  // At position p the head is the remainder's columns from p + d.count() - 1 up, as one integer.
-  // near[m] is the remainder's column m places below them at the group's first position, with the
-  // rows of this group so far. Arithmetic is modulo 2^64; what is read is small enough.
+  // At position p the head is the remainder's columns from p + d.count() - 1 up.
   void find_limbs(int j) {
     const int first = std::min(j + ROWS, position_count) - 1;
-    Limb near[ROWS + 1];
+    const int count = first - j + 1;
+    Limb near[Estimator::NEAR];
     const Limb* next = columns() + first + d.count() - 2;
-    for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
-    for (int k = 0; first - k >= j; ++k) {
-      const double guess =
-          estimate(static_cast<SignedLimb>(near[k]), static_cast<SignedLimb>(near[k + 1])) -
-          ESTIMATE_BIAS;
-      const Limb limb = guess > 0 ? static_cast<Limb>(static_cast<SignedLimb>(guess)) : 0;
-      q.limb()[first - k] = limb;
-      head = (head - limb * top[0]) * LIMB_BASE + near[k] - limb * top[1];
-      for (int m = k + 1; m <= ROWS; ++m) near[m] -= limb * top[m - k + 1];
-      ratio = estimate(static_cast<SignedLimb>(near[k + 1]), 0) * PER_LIMB;
-    }
+    for (int m = 0; m < Estimator::NEAR; ++m) near[m] = 0 - next[-m];
+    estimator.find_group(q.limb() + first, count, head, near, top);
+    ratio = estimator.ratio(head, near[count]);
   }
 
   Limb* columns() { return storage + ROW_PADDING; }
@@ -113,8 +89,8 @@ class LongDivision {
   const Magnitude& d;
   const Limb* const lanes;  // the divisor's, with zeros around them
   const int position_count;
-  Limb top[TOP];
-  double reciprocal;
+  Limb top[Estimator::TOP];
+  Estimator estimator;
   Limb head;
   double ratio = 0;
   Limb storage[MAX_LIMBS + 3 * ROW_PADDING];

@@ -10,16 +10,11 @@
 #include <cassert>
 #include <cmath>
 
-#include "bignum/limbs.h"
+#include "bignum/limb_estimate.h"
 
 namespace omrel {
 namespace {
 
-using SignedLimb = std::int64_t;
-
-constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
-constexpr double ESTIMATE_BIAS = 1e-6;
-constexpr int TOP = ROWS + 2;   // leading limbs of 2 s that a group of estimates reads
 constexpr int FIRST = 12;       // limbs taken one by one
 constexpr int GUARD_LIMBS = 5;  // columns below the head whose carries may be ignored
 
@@ -42,7 +37,7 @@ class LimbRoot {
   }
 
   // Whether the remainder is certainly at most twice the root.
-  bool is_settled() const { return ratio < 1 - 1e-5; }
+  bool is_settled() const { return ratio < 1; }
 
   // Writes the root found, not above the true one.
   void root(Magnitude& s) {
@@ -64,62 +59,40 @@ class LimbRoot {
     // The head at the next position: everything from its column up.
     const int next = 2 * limb_count - 3;
     head = (leading - x * x) * LIMB_BASE + (next >= 0 ? 0 - columns()[next] : 0);
-    for (int s = 0; s < TOP; ++s) top[s] = 0;
+    for (int s = 0; s < Estimator::TOP; ++s) top[s] = 0;
     top[0] = 2 * x;
-    update_reciprocal();
-    ratio = static_cast<double>(leading - x * x) * reciprocal;
-  }
-
-  void update_reciprocal() {
-    reciprocal = 1.0 / (static_cast<double>(top[0]) + static_cast<double>(top[1]) * PER_LIMB +
-                        static_cast<double>(top[2]) * (PER_LIMB * PER_LIMB));
-  }
-
-  // (H + (next + after / LIMB_BASE) / LIMB_BASE) over twice the root so far.
-  double estimate(Limb next, Limb after) const {
-    const double low = static_cast<double>(static_cast<SignedLimb>(next)) +
-                       static_cast<double>(static_cast<SignedLimb>(after)) * PER_LIMB;
-    return (static_cast<double>(static_cast<SignedLimb>(head)) + low * PER_LIMB) * reciprocal;
-  }
-
-  static Limb whole(double guess) {
-    guess -= ESTIMATE_BIAS;
-    return guess > 0 ? static_cast<Limb>(static_cast<SignedLimb>(guess)) : 0;
+    estimator.set_divisor(top);
+    ratio = estimator.ratio(head, 0);
   }
 
   // One limb, its row and its square. At position p the head is the columns from p + limb_count
   // - 1.
   void take_limb(int p) {
     const Limb* near = columns() + p + limb_count - 2;
-    const double first = estimate(0 - near[0], 0 - near[-1]);
-    Limb x = whole(first);
+    double x_and_more = estimator.quotient(head, 0 - near[0], estimator.low_part(0 - near[-1]));
     if (p == limb_count - 2) {
       // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself.
-      x = whole(first / (1 + first * PER_LIMB * reciprocal));
+      x_and_more /= 1 + estimator.part_of_divisor(x_and_more);
     }
+    const Limb x = Estimator::whole(x_and_more);
     for (int i = p + 1; i < limb_count; ++i) columns()[p + i] += twice()[i] * x;
     columns()[2 * p] += x * x;
     head = (head - x * top[0]) * LIMB_BASE - near[0];
     twice()[p] = 2 * x;
-    if (limb_count - 1 - p < TOP) {
+    if (limb_count - 1 - p < Estimator::TOP) {
       top[limb_count - 1 - p] = 2 * x;
-      update_reciprocal();
+      estimator.set_divisor(top);
     }
-    ratio = estimate(0 - near[-1], 0) * PER_LIMB;
+    ratio = estimator.ratio(head, 0 - near[-1]);
   }
 
   void take_group(int j, int cut) {
-    Limb near[ROWS + 1];
+    Limb near[Estimator::NEAR];
     const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
-    for (int m = 0; m <= ROWS; ++m) near[m] = 0 - next[-m];
+    for (int m = 0; m < Estimator::NEAR; ++m) near[m] = 0 - next[-m];
     Limb x[ROWS];
-    for (int k = 0; k < ROWS; ++k) {
-      const Limb limb = whole(estimate(near[k], near[k + 1]));
-      x[ROWS - 1 - k] = limb;
-      head = (head - limb * top[0]) * LIMB_BASE + near[k] - limb * top[1];
-      for (int m = k + 1; m <= ROWS; ++m) near[m] -= limb * top[m - k + 1];
-      ratio = estimate(near[k + 1], 0) * PER_LIMB;
-    }
+    estimator.find_group(x + ROWS - 1, ROWS, head, near, top);
+    ratio = estimator.ratio(head, near[ROWS]);
     const int lowest = std::max(j + ROWS, std::min(cut - j, limb_count));
     add_rows(columns() + j + lowest, twice() + lowest, limb_count - lowest, x);
     for (int i = 0; i < ROWS; ++i) {
@@ -132,8 +105,8 @@ class LimbRoot {
   Limb* twice() { return twice_storage + ROW_PADDING; }
 
   const int limb_count;
-  Limb top[TOP];
-  double reciprocal = 0;
+  Limb top[Estimator::TOP];
+  Estimator estimator;
   Limb head = 0;
   double ratio = 0;
   Limb storage[MAX_LIMBS + 3 * ROW_PADDING];
