@@ -37,6 +37,7 @@ char* write_number(char* text, std::uint64_t number) {
 bool reverse_long_text(char* buffer, const char* text, int n) {
   std::uint64_t marks = 0;
   int i = 0;
+#pragma GCC unroll 2
   for (; i + 8 <= n; i += 8) {
     const std::uint64_t word = reversed(load_word(text + n - i - 8));
     marks |= foreign_marks(word);
@@ -59,6 +60,7 @@ void reverse_from_buffer(char* text, const char* buffer, int n) {
   const int rest = n % 8;
   n -= rest;
   reverse_few_from_buffer(text, buffer + n, rest);
+#pragma GCC unroll 2
   for (text += rest; n > 0; text += 8) {
     n -= 8;
     store_word(text, reversed(load_word(buffer + n)));

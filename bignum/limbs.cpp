@@ -33,6 +33,22 @@ void multiply_short(Limb* product, const Magnitude& a, const Magnitude& b) {
   product[last] = carry;
 }
 
+// The same for a square: every pair of unlike limbs counts twice.
+void square_short(Limb* product, const Magnitude& a) {
+  const int last = 2 * a.count() - 1;
+  const Limb* limb = a.limb();
+  Limb carry = 0;
+  for (int k = 0; k < last; ++k) {
+    Limb pairs = 0;
+    int i = std::max(k + 1 - a.count(), 0);
+    for (; 2 * i < k; ++i) pairs += limb[i] * limb[k - i];
+    const Limb sum = carry + 2 * pairs + (2 * i == k ? limb[i] * limb[i] : 0);
+    carry = sum / LIMB_BASE;
+    product[k] = sum - carry * LIMB_BASE;
+  }
+  product[last] = carry;
+}
+
 }  // namespace
 
 Magnitude::Magnitude(Limb value) {
@@ -211,8 +227,12 @@ void square_columns(Limb* columns, const Magnitude& a) {
 bool square(Magnitude& product, const Magnitude& a) {
   const int count = 2 * a.count();
   if (count > MAX_LIMBS) return false;
-  square_columns(product.limb(), a);
-  carry_columns(product.limb(), count);
+  if (a.count() > 0 && a.count() <= ROWS) {
+    square_short(product.limb(), a);
+  } else {
+    square_columns(product.limb(), a);
+    carry_columns(product.limb(), count);
+  }
   product.set_count(count);
   return true;
 }

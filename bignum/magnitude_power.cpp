@@ -17,6 +17,12 @@ constexpr Limb MAX_WORD_ROOT = Limb{1} << 32;
 
 bool fits(const Magnitude& m) { return digit_count(m) < MAX_DIGITS; }
 
+// The value of at most two limbs.
+Limb word_of_limbs(const Magnitude& m) {
+  const Limb low = m.count() > 0 ? m.limb()[0] : 0;
+  return m.count() > 1 ? m.limb()[1] * LIMB_BASE + low : low;
+}
+
 // The product of the numbers from low to high, which is not empty. A few of them make a machine
 // word before they are multiplied in; many are multiplied by halves.
 bool product_of_range(Magnitude& r, int low, int high) {
@@ -89,11 +95,11 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
 
 bool power(Magnitude& r, const Magnitude& base, int n) {
   r = base;
-  if (base.is_zero() || n == 1 || (base.count() == 1 && base.limb()[0] == 1)) return true;
+  const Limb word_base = base.count() > 2 ? MAX_WORD : word_of_limbs(base);
+  if (word_base < 2 || n == 1) return true;
   // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
   int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
-  const Limb word_base = base.limb()[0];
-  const bool base_is_word = base.count() == 1;
+  const bool base_is_word = word_base < MAX_WORD_ROOT;
   if (base_is_word) {
     Limb word = word_base;
     for (; bit >= 0 && word < MAX_WORD_ROOT; --bit) {

@@ -78,21 +78,15 @@ bignum newton_root(const bignum& n) {
 
 constexpr std::int32_t MAX_SHORT_FACTORIAL = 20;
 
-// power = base^n, n >= 2; false when that is not below 10^18.
+// power = base^n, n >= 1; false when that, or a square on the way, is not below 2^64.
 bool short_pow(std::uint64_t& power, std::uint64_t base, std::int32_t n) {
-  constexpr std::uint64_t LIMIT = 1'000'000'000;  // squares of what is below it fit
+  power = base;
+  if (base < 2) return true;
   power = 1;
-  if (base < 2) {
-    power = base;
-    return true;
-  }
-  for (;; base *= base, n /= 2) {
-    if (n % 2 != 0) {
-      if (power >= LIMIT || base >= LIMIT) return false;
-      power *= base;
-    }
+  for (;; n /= 2) {
+    if (n % 2 != 0 && __builtin_mul_overflow(power, base, &power)) return false;
     if (n == 1) return true;
-    if (base >= LIMIT) return false;
+    if (__builtin_mul_overflow(base, base, &base)) return false;
   }
 }
 
