@@ -30,6 +30,11 @@ bignum value_of_short(std::uint64_t magnitude, std::int16_t sign) {
     result.finish(1, sign);
     return result;
   }
+  if (magnitude < 100) {
+    store_word(result.vlstr, word_of_pair(magnitude));
+    result.finish(2, sign);
+    return result;
+  }
   int length = 0;
   for (; magnitude >= LIMB_BASE; magnitude /= LIMB_BASE, length += LIMB_DIGITS) {
     store_word(result.vlstr + length, word_of(magnitude % LIMB_BASE));

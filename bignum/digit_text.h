@@ -63,6 +63,11 @@ inline std::uint64_t word_of(std::uint64_t number) {
 // Writes a number of up to 24 digits as text, whole words of it, and returns the end.
 char* write_number(char* text, std::uint64_t number);
 
+// The same for a number below 100, in a third of the steps.
+inline std::uint64_t word_of_pair(std::uint64_t number) {
+  return (number + ((number * 103) >> 10) * ((1 << 8) - 10)) | ASCII_ZEROS;
+}
+
 // As reverse_into_buffer for n >= 8.
 bool reverse_long_text(char* buffer, const char* text, int n);
 
