@@ -147,8 +147,6 @@ bignum value_without_foreign(const bignum& b) {
   return value_of(m, 0);
 }
 
-constexpr std::uint64_t HALF_SCALE = 1'000'000'000;  // half of the fixed places
-
 }  // namespace
 
 std::int32_t debug_switch = 0;
@@ -187,7 +185,7 @@ bignum bignum::quotient(const bignum& d) const {
 
 // Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
 bool bignum::short_fixed_quotient(FixedPoint& q, const bignum& d) const {
-  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;
+  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;  // half of the fixed places
   const Words x(*this, d);
   if (!x.fit || x.d >= HALF_SCALE) return false;
   const std::uint64_t upper = x.a % x.d * HALF_SCALE;
