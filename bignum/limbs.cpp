@@ -204,7 +204,7 @@ void square_columns(Limb* columns, const Magnitude& a) {
   const bool is_short = a.count() <= ROWS;
   const Limb* lanes = is_short ? a.limb() : a.padded();
   std::fill_n(columns, 2 * a.count() + (is_short ? 0 : ROW_PADDING), 0);
-  for (int j = 0; j < a.count(); j += ROWS) {
+  for (int j = 0;; j += ROWS) {
     const Limb* m = lanes + j;
     Limb* c = columns + 2 * j;
     const bool rows_follow = a.count() - j > ROWS;
@@ -227,7 +227,7 @@ void square_columns(Limb* columns, const Magnitude& a) {
 bool square(Magnitude& product, const Magnitude& a) {
   const int count = 2 * a.count();
   if (count > MAX_LIMBS) return false;
-  if (a.count() > 0 && a.count() <= ROWS) {
+  if (a.count() <= ROWS) {
     square_short(product.limb(), a);
   } else {
     square_columns(product.limb(), a);

@@ -68,11 +68,11 @@ void multiply_add(Magnitude& a, Limb m, Limb addend);
 // the product is left unspecified.
 bool multiply(Magnitude& product, const Magnitude& a, const Magnitude& b);
 
-// product = a * a, as multiply but in half the time.
+// product = a * a for a that is not zero, as multiply but in half the time.
 bool square(Magnitude& product, const Magnitude& a);
 
-// Writes the columns of a * a, 2 * a.count() of them, each below 10^16 times a.count(). There is
-// room for ROW_PADDING columns more.
+// Writes the columns of a * a for a that is not zero, 2 * a.count() of them, each below 10^16 times
+// a.count(). There is room for ROW_PADDING columns more.
 void square_columns(Limb* columns, const Magnitude& a);
 
 // q = a / d truncated and r = a - q * d, all four different objects.
@@ -89,7 +89,8 @@ std::uint64_t divide_short(Magnitude& q, const Magnitude& a, std::uint64_t d);
 
 // s = the largest magnitude whose square does not exceed n, another object.
 //
-// Operand: an even number of limbs, the top two together at least LIMB_BASE * LIMB_BASE / 100.
+// Operand: not zero, an even number of limbs, the top two together at least LIMB_BASE * LIMB_BASE /
+// 100.
 void square_root(Magnitude& s, const Magnitude& n);
 
 }  // namespace omrel

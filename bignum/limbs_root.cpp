@@ -116,10 +116,6 @@ class LimbRoot {
 }  // namespace
 
 void square_root(Magnitude& s, const Magnitude& n) {
-  if (n.is_zero()) {
-    s = Magnitude(0);
-    return;
-  }
   LimbRoot limbs(n);
   limbs.run(n.count() / 2 - 1 - GUARD_LIMBS);
   limbs.root(s);

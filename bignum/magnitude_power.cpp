@@ -96,7 +96,7 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
 bool power(Magnitude& r, const Magnitude& base, int n) {
   r = base;
   const Limb word_base = base.count() > 2 ? MAX_WORD : word_of_limbs(base);
-  if (word_base < 2 || n == 1) return true;
+  if (word_base < 2) return true;
   // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
   int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
   const bool base_is_word = word_base < MAX_WORD_ROOT;
@@ -147,10 +147,6 @@ bool power_of_two(Magnitude& r, int n) {
 bool factorial(Magnitude& r, int n) {
   constexpr int MAX_FACTORIAL = 2229;  // its factorial has 6,497 digits, the next one 6,501
   if (n > MAX_FACTORIAL) return false;
-  if (n < 2) {
-    r = Magnitude(1);
-    return true;
-  }
   return product_of_range(r, 2, n);
 }
 
@@ -184,10 +180,6 @@ bool fibonacci(Magnitude& r, int n) {
   const auto [word_f, word_g] = word_fibonacci(n >> bit);
   Magnitude f(word_f);
   Magnitude g(word_g);
-  if (bit == 0) {
-    r = f;
-    return true;
-  }
   bool k_is_odd = ((n >> bit) & 1) != 0;
   for (--bit; bit >= 1; --bit) {
     const bool bit_is_set = ((n >> bit) & 1) != 0;

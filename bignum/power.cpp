@@ -37,12 +37,11 @@ std::int32_t clamped(const bignum& n) {
   return static_cast<std::int32_t>(value);
 }
 
-// The square root of a number below 2^62.
+// The square root of a number below 2^60. It may be taken of a number rounded down, but that is no
+// more than half a step of the root's own from a whole root, which it then is rounded to.
 std::uint64_t short_root(std::uint64_t n) {
-  auto root = static_cast<std::uint64_t>(std::sqrt(static_cast<double>(n)));
-  while (root * root > n) --root;  // the conversion to double may have rounded up or down
-  while ((root + 1) * (root + 1) <= n) ++root;
-  return root;
+  const auto root = static_cast<std::uint64_t>(std::sqrt(static_cast<double>(n)));
+  return root * root > n ? root - 1 : root;
 }
 
 // s / 2 with s's sign, as operator/ gives it.

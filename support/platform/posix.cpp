@@ -37,21 +37,12 @@ unsigned terminal_colour(unsigned colour) {
   return (colour & 1U) << 2U | (colour & 2U) | (colour & 4U) >> 2U;
 }
 
-// The colour sequence's number for the low four bits of an attribute; `base` is 30 for the
-// foreground, 40 for the background; the bright half stands 60 higher.
-unsigned colour_number(unsigned attribute, unsigned base) {
-  return base + ((attribute & 8U) != 0 ? 60U : 0U) + terminal_colour(attribute);
-}
-
-// Grey on black is the terminal's own look, and so is any other black background, but for black
-// on black, which must be invisible on a light terminal too.
+// Grey on black is the terminal's own look, and its background stays, but for black on black, which
+// must be invisible on a light terminal too. The bright half of the colours stands 60 higher.
 std::string colour_sequence(std::uint16_t attribute) {
   if (attribute == 7) return "\033[0m";
-  std::string sequence = "\033[0;" + std::to_string(colour_number(attribute, 30));
-  if (attribute == 0 || (attribute & 0xF0U) != 0) {
-    sequence += ";" + std::to_string(colour_number(attribute >> 4U, 40));
-  }
-  return sequence + "m";
+  const unsigned colour = ((attribute & 8U) != 0 ? 90U : 30U) + terminal_colour(attribute);
+  return "\033[0;" + std::to_string(colour) + (attribute == 0 ? ";40m" : "m");
 }
 
 // The locale that governs characters: the first of the three that is set and not empty.
