@@ -35,9 +35,10 @@ class Estimator {
   // A quotient limb as a part of the divisor's limb above its top.
   double part_of_divisor(double limb) const { return limb * per_next; }
 
-  // As a limb; a negative estimate is one of zero.
+  // As a limb, which is below 2^31; a negative estimate is one of zero. In 32 bits the processor
+  // has an instruction for this, but not for larger integers.
   static Limb whole(double quotient) {
-    return quotient > 0 ? static_cast<Limb>(static_cast<SignedLimb>(quotient)) : 0;
+    return quotient > 0 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(quotient)) : 0;
   }
 
   // The ratio of a remainder to the divisor, at the place where its head ends; it is certainly

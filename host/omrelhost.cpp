@@ -290,13 +290,18 @@ bool find(Tcl_Interp* interp, Tcl_LoadHandle library, const char* name, Function
 }
 
 bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) {
-  return find(interp, library, "_get_dll_version", exports.version) &&
-         find(interp, library, "_get_dll_date", exports.date) &&
-         find(interp, library, "_get_dll_comment", exports.comment) &&
-         find(interp, library, "_get_command_list", exports.commands) &&
-         find(interp, library, "_get_function_list", exports.functions) &&
-         find(interp, library, "_get_export_count", exports.count) &&
-         find(interp, library, "_export_common_routines", exports.take_callbacks);
+  bool found = true;
+  const auto take = [&](const char* name, auto& function) {
+    found = found && find(interp, library, name, function);
+  };
+  take("_get_dll_version", exports.version);
+  take("_get_dll_date", exports.date);
+  take("_get_dll_comment", exports.comment);
+  take("_get_command_list", exports.commands);
+  take("_get_function_list", exports.functions);
+  take("_get_export_count", exports.count);
+  take("_export_common_routines", exports.take_callbacks);
+  return found;
 }
 
 // Finds every command's function, so that a library is taken whole or not at all.
