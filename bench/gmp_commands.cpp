@@ -9,8 +9,15 @@
 namespace omrel::bench {
 namespace {
 
-constexpr unsigned long SCALE = 1'000'000'000'000'000'000;
+constexpr unsigned long BILLION = 1'000'000'000;
 constexpr std::size_t PLACES = 18;
+
+// Times 10^18, in two steps where a long has 32 bits.
+void scale(mpz_ptr z) {
+  constexpr bool WIDE = sizeof(unsigned long) == 8;
+  mpz_mul_ui(z, z, WIDE ? BILLION * BILLION : BILLION);
+  if (!WIDE) mpz_mul_ui(z, z, BILLION);
+}
 
 // An integer of one call.
 struct Integer {
@@ -25,10 +32,19 @@ struct Integer {
   mpz_t z;
 };
 
+// A number of magnitude zero may have a sign: "-0" is less than "0".
+bool is_negative(const char* text) { return *text == '-'; }
+
 void set_result(Host& host, const char* text) { host.result = text; }
 
-void hand_over(Host& host, const Integer& answer, int base = 10) {
-  char* text = mpz_get_str(nullptr, base, answer.z);
+void set_truth(Host& host, bool truth) { set_result(host, truth ? "1" : "0"); }
+
+void hand_over(Host& host, const Integer& answer, bool zero_is_negative = false) {
+  if (zero_is_negative && mpz_sgn(answer.z) == 0) {
+    set_result(host, "-0");
+    return;
+  }
+  char* text = mpz_get_str(nullptr, 10, answer.z);
   set_result(host, text);
   std::free(text);
 }
@@ -44,59 +60,130 @@ void binary(Host& host, int, const char* const* argv) {
   hand_over(host, r);
 }
 
-template <Binary OPERATION>
-void update(Host& host, int, const char* const* argv) {
-  const Integer a(host.variable.c_str());
+void multiply(Host& host, int, const char* const* argv) {
+  const Integer a(argv[2]);
   const Integer b(argv[3]);
   Integer r;
-  OPERATION(r.z, a.z, b.z);
-  char* text = mpz_get_str(nullptr, 10, r.z);
-  host.variable = text;
-  set_result(host, text);
-  std::free(text);
+  mpz_mul(r.z, a.z, b.z);
+  hand_over(host, r, is_negative(argv[2]) != is_negative(argv[3]));
 }
 
-void equal(Host& host, int, const char* const* argv) {
+void divide(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
-  set_result(host, mpz_cmp(a.z, b.z) == 0 ? "1" : "0");
+  Integer r;
+  mpz_tdiv_q(r.z, a.z, b.z);
+  hand_over(host, r, is_negative(argv[2]) && mpz_cmp_ui(b.z, 1) == 0 && mpz_sgn(a.z) == 0);
 }
 
-void less(Host& host, int, const char* const* argv) {
+void remainder(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
-  set_result(host, mpz_cmp(a.z, b.z) < 0 ? "1" : "0");
+  Integer r;
+  mpz_tdiv_r(r.z, a.z, b.z);
+  hand_over(host, r, is_negative(argv[2]));
 }
 
-void max(Host& host, int, const char* const* argv) {
+// Of two negative numbers, the one nearer to zero is left over with its sign.
+void left_over(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
-  hand_over(host, mpz_cmp(a.z, b.z) > 0 ? a : b);
+  const bool is_left = is_negative(argv[2]) && is_negative(argv[3]) && mpz_cmp(a.z, b.z) > 0;
+  Integer r;
+  mpz_tdiv_r(r.z, a.z, b.z);
+  if (!is_left) mpz_abs(r.z, r.z);
+  hand_over(host, r, is_left);
 }
 
-// A quotient scaled by 10^18, as a text with a decimal point; not negative here.
-void hand_over_fixed(Host& host, const Integer& scaled) {
-  const std::size_t room = mpz_sizeinbase(scaled.z, 10) + PLACES + 4;
+int compare(const Integer& a, const Integer& b, const char* const* argv) {
+  const int order = mpz_cmp(a.z, b.z);
+  return order != 0 ? order : int{is_negative(argv[3])} - int{is_negative(argv[2])};
+}
+
+using Relation = bool (*)(int);
+
+template <Relation HOLDS>
+void relation(Host& host, int, const char* const* argv) {
+  const Integer a(argv[2]);
+  const Integer b(argv[3]);
+  set_truth(host, HOLDS(compare(a, b, argv)));
+}
+
+bool is_equal(int order) { return order == 0; }
+bool is_unequal(int order) { return order != 0; }
+bool is_less(int order) { return order < 0; }
+bool is_greater(int order) { return order > 0; }
+bool is_at_most(int order) { return order <= 0; }
+bool is_at_least(int order) { return order >= 0; }
+
+template <Relation HOLDS>
+void selected(Host& host, int, const char* const* argv) {
+  const Integer a(argv[2]);
+  const Integer b(argv[3]);
+  const bool first = HOLDS(compare(a, b, argv));
+  hand_over(host, first ? a : b, is_negative(argv[first ? 2 : 3]));
+}
+
+bool is_true(const char* text) {
+  const Integer a(text);
+  return mpz_sgn(a.z) != 0 || is_negative(text);
+}
+
+void both(Host& host, int, const char* const* argv) {
+  set_truth(host, is_true(argv[2]) && is_true(argv[3]));
+}
+
+void either(Host& host, int, const char* const* argv) {
+  set_truth(host, is_true(argv[2]) || is_true(argv[3]));
+}
+
+void negated(Host& host, int, const char* const* argv) { set_truth(host, !is_true(argv[2])); }
+
+void is_even(Host& host, int, const char* const* argv) {
+  const Integer a(argv[2]);
+  set_truth(host, mpz_even_p(a.z) != 0);
+}
+
+// The magnitude of a quotient scaled by 10^18, as a text with a sign and a decimal point.
+void hand_over_fixed(Host& host, Integer& scaled, bool negative) {
+  mpz_abs(scaled.z, scaled.z);
+  const std::size_t room = mpz_sizeinbase(scaled.z, 10) + PLACES + 5;
   char* text = static_cast<char*>(std::malloc(room));
-  std::memset(text, '0', PLACES + 1);
-  char* digits = text + PLACES + 1;
+  std::memset(text, '0', PLACES + 2);
+  char* digits = text + PLACES + 2;
   mpz_get_str(digits, 10, scaled.z);
   const std::size_t length = std::strlen(digits);
   if (length <= PLACES) digits -= PLACES + 1 - length;
   char* point = digits + std::strlen(digits) - PLACES;
   std::memmove(point + 1, point, PLACES + 1);
   *point = '.';
+  if (negative) *--digits = '-';
   set_result(host, digits);
+  std::free(text);
+}
+
+// What follows behind 18 places of zeros: 18 more, unless the division by the positive number
+// leaves nothing.
+void append_places(Host& host, Integer& a, const Integer& b) {
+  mpz_abs(a.z, a.z);
+  mpz_tdiv_r(a.z, a.z, b.z);
+  if (mpz_sgn(a.z) == 0) return;
+  scale(a.z);
+  mpz_tdiv_q(a.z, a.z, b.z);
+  char* text = mpz_get_str(nullptr, 10, a.z);
+  host.result.append(PLACES - std::strlen(text), '0').append(text);
   std::free(text);
 }
 
 void fixed_divide(Host& host, int, const char* const* argv) {
   Integer a(argv[2]);
   const Integer b(argv[3]);
-  mpz_mul_ui(a.z, a.z, SCALE);
+  scale(a.z);
   Integer q;
   mpz_tdiv_q(q.z, a.z, b.z);
-  hand_over_fixed(host, q);
+  hand_over_fixed(host, q, is_negative(argv[2]) != is_negative(argv[3]));
+  const std::size_t zeros = host.result.size() - host.result.find_last_not_of('0') - 1;
+  if (zeros >= PLACES && mpz_sgn(b.z) > 0) append_places(host, a, b);
 }
 
 void mean(Host& host, int argc, const char* const* argv) {
@@ -105,47 +192,107 @@ void mean(Host& host, int argc, const char* const* argv) {
     const Integer value(argv[i]);
     mpz_add(sum.z, sum.z, value.z);
   }
-  mpz_mul_ui(sum.z, sum.z, SCALE);
+  const bool negative = mpz_sgn(sum.z) < 0;
+  scale(sum.z);
   mpz_tdiv_q_ui(sum.z, sum.z, static_cast<unsigned long>(argc - 2));
-  hand_over_fixed(host, sum);
+  hand_over_fixed(host, sum, negative);
 }
 
+long count_of(const char* text) { return std::strtol(text, nullptr, 10); }
+
+// A count below 0 leaves the base.
 void power(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
+  const long n = count_of(argv[3]);
   Integer r;
-  mpz_pow_ui(r.z, a.z, std::strtoul(argv[3], nullptr, 10));
-  hand_over(host, r);
+  mpz_pow_ui(r.z, a.z, n < 0 ? 1 : static_cast<unsigned long>(n));
+  hand_over(host, r, is_negative(argv[2]) && (n < 0 || n % 2 != 0));
 }
 
 using OfCount = void (*)(mpz_ptr, unsigned long);
 
 void power_of_two(mpz_ptr r, unsigned long n) { mpz_setbit(r, n); }
 
-template <OfCount OPERATION>
+// A count below 0 is as LEAST.
+template <OfCount OPERATION, long LEAST>
 void of_count(Host& host, int, const char* const* argv) {
   Integer r;
-  OPERATION(r.z, std::strtoul(argv[2], nullptr, 10));
+  const long n = count_of(argv[2]);
+  OPERATION(r.z, static_cast<unsigned long>(n < 0 ? LEAST : n));
   hand_over(host, r);
 }
 
+// The lowest bits of a number, where the call gives a width; all of them for a negative number.
+void narrow(Integer& a, bool negative, int argc, const char* const* argv) {
+  const long width = argc > 4 ? count_of(argv[4]) : 0;
+  if (width < 1) return;
+  const auto bits = static_cast<unsigned long>(width);
+  if (negative) mpz_set_si(a.z, -1);
+  mpz_fdiv_r_2exp(a.z, a.z, bits);
+}
+
+// A negative number has no bits, and the answer is the other one.
+template <Binary OPERATION>
+void bitwise(Host& host, int argc, const char* const* argv) {
+  Integer a(argv[2]);
+  Integer b(argv[3]);
+  narrow(a, is_negative(argv[2]), argc, argv);
+  narrow(b, is_negative(argv[3]), argc, argv);
+  const bool narrowed = argc > 4 && count_of(argv[4]) > 0;
+  const bool a_has_none = is_negative(argv[2]) && !narrowed;
+  const bool b_has_none = is_negative(argv[3]) && !narrowed;
+  Integer r;
+  if (!a_has_none && !b_has_none) {
+    OPERATION(r.z, a.z, b.z);
+  } else if (!a_has_none || !b_has_none) {
+    mpz_swap(r.z, a_has_none ? b.z : a.z);
+  }
+  hand_over(host, r);
+}
+
+void exclusive(Host& host, int, const char* const* argv) { bitwise<mpz_xor>(host, 4, argv); }
+
 using WithCount = void (*)(mpz_ptr, mpz_srcptr, unsigned long);
 
-void divided(mpz_ptr r, mpz_srcptr a, unsigned long n) { mpz_tdiv_q_ui(r, a, n); }
-
+// A shift by 1 or more loses the sign.
 template <WithCount OPERATION>
-void shift(Host& host, int, const char* const* argv) {
-  const Integer a(argv[2]);
+void shift(Host& host, int argc, const char* const* argv) {
+  Integer a(argv[2]);
+  const long n = count_of(argv[3]);
+  const bool negative = n < 1 && is_negative(argv[2]);
+  if (n > 0) mpz_abs(a.z, a.z);
   Integer r;
-  OPERATION(r.z, a.z, std::strtoul(argv[3], nullptr, 10));
-  hand_over(host, r);
+  OPERATION(r.z, a.z, static_cast<unsigned long>(n > 0 ? n : 0));
+  narrow(r, negative, argc, argv);
+  hand_over(host, r, negative);
 }
 
 template <WithCount OPERATION, unsigned long COUNT>
 void by_constant(Host& host, int, const char* const* argv) {
+  Integer a(argv[2]);
+  OPERATION(a.z, a.z, COUNT);
+  hand_over(host, a);
+}
+
+void halve(Host& host, int, const char* const* argv) {
+  Integer a(argv[2]);
+  mpz_abs(a.z, a.z);
+  Integer r;
+  mpz_tdiv_q_2exp(r.z, a.z, 1);
+  hand_over(host, r);
+}
+
+void drop_digit(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   Integer r;
-  OPERATION(r.z, a.z, COUNT);
-  hand_over(host, r);
+  mpz_tdiv_q_ui(r.z, a.z, 10);
+  hand_over(host, r, is_negative(argv[2]));
+}
+
+void magnitude(Host& host, int, const char* const* argv) {
+  Integer a(argv[2]);
+  mpz_abs(a.z, a.z);
+  hand_over(host, a);
 }
 
 void square_root(Host& host, int, const char* const* argv) {
@@ -170,19 +317,21 @@ void from_binary(Host& host, int, const char* const* argv) { hand_over(host, Int
 void complement(Host& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   Integer r;
-  mpz_setbit(r.z, mpz_sizeinbase(a.z, 2));
-  mpz_sub_ui(r.z, r.z, 1);
-  mpz_sub(r.z, r.z, a.z);
+  if (!is_negative(argv[2])) {
+    mpz_setbit(r.z, mpz_sizeinbase(a.z, 2));
+    mpz_sub_ui(r.z, r.z, 1);
+    mpz_sub(r.z, r.z, a.z);
+  }
   hand_over(host, r);
 }
 
-void increment(Host& host, int, const char* const*) {
-  Integer a(host.variable.c_str());
-  mpz_add_ui(a.z, a.z, 1);
-  char* text = mpz_get_str(nullptr, 10, a.z);
-  host.variable = text;
-  set_result(host, text);
-  std::free(text);
+// A command on the variable's value, whose answer the variable takes.
+template <GmpCommand COMMAND>
+void update(Host& host, int argc, const char* const* argv) {
+  const char* const texts[] = {argv[0], argv[1], host.variable.c_str(), argc > 3 ? argv[3] : "",
+                               argc > 4 ? argv[4] : ""};
+  COMMAND(host, argc, texts);
+  host.variable = host.result;
 }
 
 }  // namespace
@@ -191,33 +340,50 @@ GmpCommand gmp_command(const std::string& word) {
   static const std::map<std::string, GmpCommand> COMMANDS = {
       {"+", binary<mpz_add>},
       {"-", binary<mpz_sub>},
-      {"*", binary<mpz_mul>},
-      {"/", binary<mpz_tdiv_q>},
-      {"%", binary<mpz_tdiv_r>},
-      {"==", equal},
-      {"<", less},
-      {"max", max},
+      {"*", multiply},
+      {"/", divide},
+      {"%", remainder},
+      {"==", relation<is_equal>},
+      {"!=", relation<is_unequal>},
+      {"<", relation<is_less>},
+      {">", relation<is_greater>},
+      {"<=", relation<is_at_most>},
+      {">=", relation<is_at_least>},
+      {"&&", both},
+      {"||", either},
+      {"!", negated},
+      {"is_even", is_even},
+      {"max", selected<is_greater>},
+      {"min", selected<is_less>},
+      {"abs", magnitude},
       {"fdiv", fixed_divide},
       {"mean", mean},
-      {"fmod", binary<mpz_tdiv_r>},
+      {"fmod", left_over},
       {"**", power},
-      {"pow2", of_count<power_of_two>},
-      {"fact", of_count<mpz_fac_ui>},
-      {"fib", of_count<mpz_fib_ui>},
+      {"pow", power},
+      {"pow2", of_count<power_of_two, 0>},
+      {"fact", of_count<mpz_fac_ui, 0>},
+      {"fib", of_count<mpz_fib_ui, 1>},
       {"sqrt", square_root},
       {"inttobin", to_binary},
       {"bintoint", from_binary},
-      {"&", binary<mpz_and>},
-      {"|", binary<mpz_ior>},
-      {"^", binary<mpz_xor>},
+      {"&", bitwise<mpz_and>},
+      {"|", bitwise<mpz_ior>},
+      {"^", exclusive},
       {"~", complement},
       {"<<", shift<mpz_mul_2exp>},
       {">>", shift<mpz_tdiv_q_2exp>},
-      {"div2", by_constant<mpz_tdiv_q_2exp, 1>},
-      {"div10", by_constant<divided, 10>},
-      {"++", increment},
-      {"+=", update<mpz_add>},
-      {"*=", update<mpz_mul>},
+      {"div2", halve},
+      {"div10", drop_digit},
+      {"++", update<by_constant<mpz_add_ui, 1>>},
+      {"--", update<by_constant<mpz_sub_ui, 1>>},
+      {"+=", update<binary<mpz_add>>},
+      {"-=", update<binary<mpz_sub>>},
+      {"*=", update<multiply>},
+      {"/=", update<divide>},
+      {"&=", update<bitwise<mpz_and>>},
+      {"|=", update<bitwise<mpz_ior>>},
+      {"^=", update<exclusive>},
   };
   const auto found = COMMANDS.find(word);
   return found == COMMANDS.end() ? nullptr : found->second;

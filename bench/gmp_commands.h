@@ -1,5 +1,7 @@
 // The same command written with GMP, as one would: every call reads its texts, computes, writes
-// the answer into fresh memory, hands it over and keeps nothing.
+// the answer into fresh memory, hands it over and keeps nothing. Operands are well-formed whole
+// numbers, divisors not zero, roots and binary digits asked of what has them; with those it also
+// judges tests.
 #pragma once
 
 #include <string>

@@ -2,15 +2,16 @@
 //
 //   make_index HOST-VERSION ./omrel_bignum.so
 //
-// pkgIndex.tcl tells `package require` how to load the host and the plug-in, which lie beside it.
-// tclIndex lets tclsh load them by itself when a script first uses one of the plug-in's commands,
-// where the directory itself is in auto_path.
+// pkgIndex.tcl tells `package require` how to load the host, the plug-in and the proc omrel::help,
+// which lie beside it. tclIndex lets tclsh load them by itself when a script first uses one of the
+// commands, where the directory itself is in auto_path.
 // Version and commands are asked of the library: 119 becomes 1.19.
 #include <dlfcn.h>
 
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "plugin/omrel_plugin.h"
 
@@ -37,6 +38,7 @@ bool write_index(const char* host_version, const std::string& package, int versi
                       "package ifneeded %s %d.%02d [list apply {{dir} {\n"
                       "    package require omrelhost\n"
                       "    omrelhost::load [file join $dir %s.so]\n"
+                      "    source -encoding utf-8 [file join $dir omrel_help.tcl]\n"
                       "    package provide %s %d.%02d\n"
                       "}} $dir]\n",
                       host_version, package.c_str(), version / 100, version % 100, package.c_str(),
@@ -46,8 +48,10 @@ bool write_index(const char* host_version, const std::string& package, int versi
 bool write_autoload(const std::string& package, int count, const char* const* commands) {
   const File out(std::fopen("tclIndex", "w"), std::fclose);
   if (!out || std::fputs("# Tcl autoload index file, version 2.0\n", out.get()) < 0) return false;
-  for (int k = 0; k < count; ++k) {
-    if (std::fprintf(out.get(), "set auto_index(%s) {package require %s}\n", commands[k],
+  std::vector<std::string> names(commands, commands + count);
+  names.push_back("::omrel::help");
+  for (const std::string& name : names) {
+    if (std::fprintf(out.get(), "set auto_index(%s) {package require %s}\n", name.c_str(),
                      package.c_str()) < 0) {
       return false;
     }

@@ -26,7 +26,7 @@ Handle standard_output();
 // Whether the handle can be written to.
 bool is_valid(Handle handle);
 
-// Whether set_text_attribute changes anything there. POSIX: whether it is a terminal.
+// Whether set_text_attribute changes anything there: whether it is a console, POSIX: a terminal.
 bool has_colours(Handle handle);
 
 // Sets the colours of what is written next. POSIX: a colour sequence when the handle is a

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <random>
 #include <sstream>
+#include <vector>
 
 #include "bignum/random.h"
 #include "bignum/rows.h"
@@ -112,6 +113,11 @@ TEST(Values, StoredDigitsAndTheirOrder) {
   EXPECT_EQ(shown(shifted.shift_digits(2), shifted), "-1200 -1200");
   EXPECT_EQ(full.shift_digits(1).length, 6499);
   EXPECT_EQ(compare_digits(nullptr, "1") + compare_signed("21", 1, "3", 1), -1);
+  EXPECT_EQ(compare_digits("1", nullptr) + compare_signed("2", 1, "3", 0), -1);
+  EXPECT_EQ(compare_signed("2", 0, "3", 1) + shifted.compare(bignum(2), bignum(1)), 2);
+  EXPECT_EQ(compare_signed("02", 0, "3", 0), 1);
+  EXPECT_EQ(stored(value("-15").div10()), "1- ");
+  EXPECT_EQ(std::vector<bignum>(20, bignum(7)).size(), 20U);  // more than are kept for reuse
   // An empty value takes only its length and sign along; the characters stay.
   const bignum empty = value("-");
   EXPECT_EQ(shown(full = empty).size() + static_cast<std::size_t>(full.length), 6500U);
@@ -169,6 +175,11 @@ TEST(Division, TheTraceShowsTheSearchAndEndsAtTheSameAnswer) {
     }
     EXPECT_EQ(traced(a, d), marks + end) << a << " / " << d;
   }
+  debug_switch = 1;
+  capture_output([] {
+    EXPECT_EQ(shown(bignum::sqrt(value("18041286016"))), "134317");
+    EXPECT_EQ(shown(bignum::sqrt(value("-12345"))) + shown(bignum::sqrt(bignum(0))), "490");
+  });
   // The cap on single steps ends this search short of the quotient.
   EXPECT_NE(traced(std::string(6000, '9'), "2").find("(9000)"), std::string::npos);
   std::mt19937 generator(20240301);

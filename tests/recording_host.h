@@ -31,6 +31,15 @@ std::string without_line_numbers(const std::string& text);
 
 using Words = std::vector<std::string>;
 
+// Words of a text: {} is the empty one, % stands for white space, 10^400 for 1 and 400 zeros.
+Words split(const std::string& text);
+
+// The words, shortened, for a failure's message.
+std::string printable(const Words& words);
+
+// The result of a call that an exception ended.
+inline const std::string GUARD = "lib omrel_bignum: Unhandled exception in omrel_bignum.dll";
+
 struct Outcome {
   int code;
   std::optional<std::string> result;  // none: the command left the result as it was
@@ -68,8 +77,8 @@ class RecordingHost {
   // Calls the command words[0]: bigtest, else big under that name. "(null)" makes a null text.
   Outcome run(const Words& words);
 
-  // The same, but leaves standard output alone and returns the command's code only.
-  int call(const Words& words);
+  // The same, but leaves standard output alone.
+  Outcome call(const Words& words);
 
   // The library's next call repeats the link check.
   static void unlink();
@@ -79,6 +88,7 @@ class RecordingHost {
   std::set<std::string> null_callbacks;  // by name: handed over as null; "all": none handed over
   std::string throwing_callback;         // by name: recorded, then throws
   int set_var_status = 0;                // not 0: setVar refuses
+  bool set_var_creates = true;           // false: it does not do what it reports
 
  private:
   struct Variable : HostVar {
@@ -95,7 +105,7 @@ class RecordingHost {
   std::map<std::string, std::unique_ptr<Variable>> variables;
   std::optional<std::string> result;
   std::vector<std::string> calls;
-  int outstanding = 0;  // value texts allocated and not yet released
+  std::set<char*> outstanding;  // value texts allocated and not yet released
 };
 
 constexpr std::nullopt_t UNTOUCHED = std::nullopt;

@@ -231,6 +231,9 @@ TEST(Text, NullTextsChangeNothing) {
   EXPECT_EQ(strip_leading_char(nullptr, '0'), nullptr);
   EXPECT_EQ(char_position(nullptr, '0'), 0U);
   EXPECT_EQ(all_chars_are(nullptr, '0'), 0);
+  EXPECT_EQ(string_append(nullptr, "1", 1), nullptr);
+  EXPECT_EQ(string_append_char(nullptr, '1'), nullptr);
+  free_and_null(nullptr);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// Win32: the calls of the same names. Standard output is flushed before a colour changes and
-// before a direct write, because it is buffered when it is no console.
+// Win32: the calls of the same names. Only a console has colours. Standard output is flushed before
+// one changes and before a direct write, so that what is buffered keeps its place and its colour;
+// its text mode, in which the C library writes a line's end as two characters, is the host's.
 #include "support/platform.h"
 
 #define WIN32_LEAN_AND_MEAN
@@ -24,9 +25,10 @@ bool is_valid(Handle handle) {
   return handle != NO_HANDLE && system_handle(handle) != INVALID_HANDLE_VALUE;
 }
 
-bool has_colours(Handle /*handle*/) { return true; }
+bool has_colours(Handle handle) { return GetFileType(system_handle(handle)) == FILE_TYPE_CHAR; }
 
 void set_text_attribute(Handle handle, std::uint16_t attribute) {
+  if (!has_colours(handle)) return;
   std::fflush(stdout);
   SetConsoleTextAttribute(system_handle(handle), attribute);
 }

@@ -14,6 +14,13 @@ proc in_child {script} {
     return [list $status $output]
 }
 
+# A file's text; its name is relative to the top of the source tree.
+proc contents {name} {
+    set file [open [file join [file dirname [info script]] .. .. $name]]
+    fconfigure $file -encoding utf-8
+    return [read $file][close $file]
+}
+
 # The line numbers in reports are the plug-in's own source lines.
 proc without_lines {text} { regsub -all {line \d+} $text {line N} }
 

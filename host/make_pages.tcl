@@ -1,0 +1,166 @@
+# Writes what README.md tells of `big` in its other forms, so that it is told once:
+#
+#   tclsh make_pages.tcl SOURCE-DIRECTORY VERSION DATE
+#
+#   big.n           the man page: doc/big.n.in with sections of README.md in it
+#   omrel_help.tcl  the proc omrel::help: host/omrel_help.tcl.in with README.md's tables in it
+#   big.words       the words, one a line, for completion
+#
+# It understands what README.md uses: headings, paragraphs, indented code, lists of one level, and
+# tables with the columns words, arguments, answer, examples and errors.
+
+proc contents {path} {
+    set file [open $path]
+    fconfigure $file -encoding utf-8
+    return [read $file][close $file]
+}
+
+proc write {path text} {
+    set file [open $path w]
+    fconfigure $file -encoding utf-8 -translation lf
+    puts $file [string trimright $text \n]
+    close $file
+}
+
+# --- reading ------------------------------------------------------------------------------------
+
+# The blocks of a section, which blank lines separate.
+proc blocks {readme title} {
+    set heading "\n## $title\n"
+    set start [string first $heading $readme]
+    if {$start < 0} { error "README.md has no section \"$title\"" }
+    incr start [string length $heading]
+    set end [string first "\n## " "$readme\n## " $start]
+    set text [string trim [string range $readme $start $end-1] \n]
+    split [regsub -all {\n\n+} $text \1] \1
+}
+
+proc between_backquotes {text} {
+    lmap {- inner} [regexp -all -inline {`([^`]*)`} $text] { set inner }
+}
+
+# The rows of a table as lists {words arguments answer examples errors}. A bar within a cell is
+# escaped; the two lines of the heading have no words.
+proc rows {table} {
+    lmap line [split [string map {\\| \1} $table] \n] {
+        set cells [lmap cell [split $line |] { string map {\1 |} [string trim $cell] }]
+        lassign [lrange $cells 1 5] words arguments answer examples errors
+        set words [between_backquotes $words]
+        if {$words eq ""} continue
+        list $words $arguments $answer [examples $examples] $errors
+    }
+}
+
+# The examples of a cell: the command and what comes of it.
+proc examples {cell} {
+    lmap {- command kind outcome} [regexp -all -inline {`([^`]*)` (->|prints) `([^`]*)`} $cell] {
+        string cat "$command $kind $outcome"
+    }
+}
+
+proc sentence {text} { return [string toupper $text 0 0]. }
+
+# --- the man page -------------------------------------------------------------------------------
+
+# A text as roff must have it: each character as itself. The block is the page's own string.
+proc literal {text} {
+    string map {\\ \\e - \\- ' \\(aq ` \\(ga ^ \\(ha ~ \\(ti \u25a0 \\*[BLK]} $text
+}
+
+# No line is taken for a request.
+proc literal_start {lines} { regsub -all -line {^\.} $lines {\\\&.} }
+
+proc example_lines {text} { string cat ".nf\n" [literal_start [literal $text]] "\n.fi\n" }
+
+# Marked text in short lines: what is between backquotes or pairs of asterisks becomes bold.
+proc prose {text} {
+    foreach {plain code} [split [regsub -all {\s+} $text { }] `] {
+        set plain [string map {\\- -} [literal $plain]]
+        append result [regsub -all {\*\*([^*]+)\*\*} $plain {\\fB\1\\fR}]
+        if {$code ne ""} { append result "\\fB[literal $code]\\fR" }
+    }
+    literal_start [regsub -all {(.{1,76})(?: |$)} $result "\\1\n"]
+}
+
+# In capitals, but for what is typed.
+proc heading {title} {
+    foreach {plain code} [split $title `] { append result [string toupper $plain] $code }
+    literal $result
+}
+
+# Arguments are slanted; an option is typed as it is.
+proc usage {word arguments} {
+    set arguments [regsub -all {[a-z]+} [literal $arguments] {\\fI&\\fR}]
+    set arguments [regsub -all {\\-\\fI([a-z]+)} $arguments {\\fB\\-\1}]
+    return "\\fBbig [literal $word]\\fR $arguments"
+}
+
+proc entry {words arguments answer examples errors} {
+    set tags [lmap word $words { usage $word $arguments }]
+    append text ".TP\n[join $tags "\n.TQ\n"]\n[prose [sentence $answer]]"
+    append text ".IP\n[example_lines [join $examples \n]]"
+    if {$errors ne ""} { append text ".IP\n[prose "Errors: $errors."]" }
+    return $text
+}
+
+proc items {list} {
+    lmap item [split [string map [list "\n- " \1] [string range $list 2 end]] \1] {
+        string cat ".IP \\(bu 2\n" [prose $item]
+    }
+}
+
+proc block {text} {
+    switch -glob -- $text {
+        "### *" { return ".SS \"[literal [string range $text 4 end]]\"\n" }
+        "| *" { return [join [lmap row [rows $text] { entry {*}$row }] ""] }
+        "    *" { return ".PP\n[example_lines $text]" }
+        "- *" { return [join [items $text] ""] }
+        default { return ".PP\n[prose $text]" }
+    }
+}
+
+# A heading begins its first paragraph itself.
+proc page {readme template} {
+    set lines [lmap line [split $template \n] {
+        if {[regexp {^@section (.*)@$} $line - title]} {
+            set line ".SH \"[heading $title]\"\n"
+            foreach block [blocks $readme $title] { append line [block $block] }
+        }
+        string trimright $line \n
+    }]
+    regsub -all {(\n\.S[HS] [^\n]*)\n\.PP} [join $lines \n] {\1}
+}
+
+# --- help and completion ------------------------------------------------------------------------
+
+proc explanation {words arguments answer examples errors} {
+    set lines [lmap word $words { string cat "big $word $arguments" }]
+    lappend lines "    [sentence $answer]"
+    foreach example $examples { lappend lines "        $example" }
+    if {$errors ne ""} { lappend lines "    Errors: $errors." }
+    string map {` {}} [join $lines \n]
+}
+
+# The groups of words, a title and its words in turn; and a dictionary of explanations.
+proc tables {readme} {
+    foreach block [blocks $readme {The words of `big`}] {
+        regexp {^### (.*)} $block - title
+        foreach row [expr {[string match "| *" $block] ? [rows $block] : {}}] {
+            foreach word [lindex $row 0] {
+                dict set groups $title $word {}
+                dict lappend entries $word [explanation {*}$row]
+            }
+        }
+    }
+    list [dict map {title words} $groups { dict keys $words }] \
+        [dict map {word texts} $entries { join $texts \n }]
+}
+
+lassign $argv source version date
+set readme [contents $source/README.md]
+set page [page $readme [contents $source/doc/big.n.in]]
+write big.n [string map [list @VERSION@ $version @DATE@ $date] $page]
+lassign [tables $readme] groups entries
+set help [contents $source/host/omrel_help.tcl.in]
+write omrel_help.tcl [string map [list @GROUPS@ $groups @ENTRIES@ $entries] $help]
+write big.words "big\nbigtest\nomrel::help\n[join [dict keys $entries] \n]"
