@@ -26,10 +26,15 @@ inline std::uint64_t load_word(const char* text) {
 
 inline void store_word(char* text, std::uint64_t word) { std::memcpy(text, &word, sizeof word); }
 
-// The word at the end of a text, `count` digits of which are left (0 <= count < 8); '0' beyond.
+// The word at the end of a text, `count` digits of which are left (0 <= count < 8); zero bytes
+// beyond.
+inline std::uint64_t load_few(const char* text, int count) {
+  return load_word(text) & ((std::uint64_t{1} << (8 * count)) - 1);
+}
+
+// The same, but '0' beyond.
 inline std::uint64_t load_tail(const char* text, int count) {
-  const std::uint64_t mask = (std::uint64_t{1} << (8 * count)) - 1;
-  return (load_word(text) & mask) | (ASCII_ZEROS & ~mask);
+  return load_few(text, count) | (ASCII_ZEROS << (8 * count));
 }
 
 // A word whose bytes have their high bits set where the given word's are foreign or follow (in

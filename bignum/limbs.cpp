@@ -83,12 +83,11 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
   int i = 0;
   if (shift > 0 && length > 0) {
     const int first = std::min(LIMB_DIGITS - shift, length);
-    const std::uint64_t word = load_tail(digits, first);
-    *limb++ = number_of((word & 0x0F0F0F0F0F0F0F0F) << (8 * shift));
+    *limb++ = number_of(load_few(digits, first) << (8 * shift));
     i = first;
   }
   for (; i + LIMB_DIGITS <= length; i += LIMB_DIGITS) *limb++ = number_of(load_word(digits + i));
-  if (i < length) *limb++ = number_of(load_tail(digits + i, length - i));
+  if (i < length) *limb++ = number_of(load_few(digits + i, length - i));
   m.set_count(static_cast<int>(limb - m.limb()));
 }
 
