@@ -15,6 +15,7 @@
 #include "bignum/limbs.h"
 #include "bignum/magnitude_power.h"
 #include "bignum/radix.h"
+#include "support/text.h"
 
 namespace omrel {
 namespace {
@@ -168,7 +169,7 @@ char* bignum::inttobin(const bignum& x, const char* prefix) {
   char* text = static_cast<char*>(
       std::malloc(prefix_length + static_cast<std::size_t>(bits) + LIMB_CHARACTERS));
   if (text == nullptr) return nullptr;
-  std::memcpy(text, prefix, prefix_length);
+  copy_text_n(text, prefix, prefix_length);
   write_binary(text + prefix_length, binary, bits);
   return text;
 }
