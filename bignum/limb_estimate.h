@@ -17,7 +17,6 @@ class Estimator {
 
   // The divisor's leading limbs, the top one at least LIMB_BASE / 10.
   void set_divisor(const Limb* top) {
-    constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
     per_head =
         1.0 / (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB));
     per_next = per_head * PER_LIMB;
@@ -30,6 +29,12 @@ class Estimator {
   // The quotient limb and a fraction, never too large, and too small by less than 2 * BIAS.
   double quotient(Limb head, Limb next, double low) const {
     return real(head) * per_head + (real(next) * per_next + low);
+  }
+
+  // The same from a divisor that has just been set, whose reciprocal comes last.
+  double first_quotient(Limb head, Limb next, Limb after) const {
+    const double low = real(next) + real(after) * PER_LIMB;
+    return (real(head) + low * PER_LIMB) * per_head - BIAS;
   }
 
   // A quotient limb as a part of the divisor's limb above its top.
@@ -71,6 +76,7 @@ class Estimator {
  private:
   using SignedLimb = std::int64_t;
 
+  static constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
   static constexpr double BIAS = 2e-6;
   static constexpr double RATIO_MARGIN = 1e-5;
 

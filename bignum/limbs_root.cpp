@@ -69,7 +69,7 @@ class LimbRoot {
   // - 1.
   void take_limb(int p) {
     const Limb* near = columns() + p + limb_count - 2;
-    double x_and_more = estimator.quotient(head, 0 - near[0], estimator.low_part(0 - near[-1]));
+    double x_and_more = estimator.first_quotient(head, 0 - near[0], 0 - near[-1]);
     if (p == limb_count - 2) {
       // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself.
       x_and_more /= 1 + estimator.part_of_divisor(x_and_more);
