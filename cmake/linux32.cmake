@@ -2,7 +2,7 @@
 # of the 32-bit Debian that scripts/test-windows makes, if it is there; linked statically, since
 # that system's C library is not the one to run with. (The benchmark, which needs Tcl too, runs
 # inside that Debian.)
-set(OMREL_DEBIAN32 ${CMAKE_CURRENT_LIST_DIR}/../build/wine/root/usr)
+set(OMREL_DEBIAN32 ${CMAKE_CURRENT_LIST_DIR}/../build/wine/debian/usr)
 set(OMREL_GMP_FILE libgmp.a)
 set(CMAKE_C_FLAGS_INIT -m32)
 set(CMAKE_CXX_FLAGS_INIT "-m32 -idirafter ${OMREL_DEBIAN32}/include/i386-linux-gnu")

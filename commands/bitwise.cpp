@@ -4,6 +4,18 @@
 #include "support/line_marker.h"
 
 namespace omrel {
+namespace {
+
+// A count below 1 leaves the value as it is, sign included.
+int shift(const Call& call, bignum (bignum::*by)(std::int32_t) const) {
+  const std::int32_t n = count_of(call.text(3));
+  const bignum a = number(call, 2);
+  bignum shifted = n < 1 ? a : (a.*by)(n);
+  narrow(shifted, width_of(call));
+  return hand_over(call, shifted);
+}
+
+}  // namespace
 
 std::int32_t width_of(const Call& call) {
   const std::int32_t width = call.count >= 5 ? count_of(call.text(4)) : 0;
@@ -67,23 +79,14 @@ int op_random(const Call& call) {
   return hand_over(call, r);
 }
 
-// A count below 1 leaves the value as it is, sign included.
 int op_shift_left(const Call& call) {
   mark_line();
-  const std::int32_t n = count_of(call.text(3));
-  const bignum a = number(call, 2);
-  bignum shifted = n < 1 ? a : a.shift_left(n);
-  narrow(shifted, width_of(call));
-  return hand_over(call, shifted);
+  return shift(call, &bignum::shift_left);
 }
 
 int op_shift_right(const Call& call) {
   mark_line();
-  const std::int32_t n = count_of(call.text(3));
-  const bignum a = number(call, 2);
-  bignum shifted = n < 1 ? a : a.shift_right(n);
-  narrow(shifted, width_of(call));
-  return hand_over(call, shifted);
+  return shift(call, &bignum::shift_right);
 }
 
 }  // namespace omrel

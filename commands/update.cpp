@@ -49,6 +49,16 @@ int update(const Call& call, Combine combine) {
   return replace(call, var, combine(a, b));
 }
 
+template <class Combine>
+int update_narrowed(const Call& call, Combine combine) {
+  const std::int32_t width = width_of(call);
+  return update(call, [width, combine](bignum& a, bignum& b) {
+    narrow(a, width);
+    narrow(b, width);
+    return combine(a, b);
+  });
+}
+
 }  // namespace
 
 int op_update_multiply(const Call& call) {
@@ -68,22 +78,12 @@ int op_update_xor(const Call& call) {
 
 int op_update_and(const Call& call) {
   mark_line();
-  const std::int32_t width = width_of(call);
-  return update(call, [width](bignum& a, bignum& b) {
-    narrow(a, width);
-    narrow(b, width);
-    return a & b;
-  });
+  return update_narrowed(call, [](const bignum& a, const bignum& b) { return a & b; });
 }
 
 int op_update_or(const Call& call) {
   mark_line();
-  const std::int32_t width = width_of(call);
-  return update(call, [width](bignum& a, bignum& b) {
-    narrow(a, width);
-    narrow(b, width);
-    return a | b;
-  });
+  return update_narrowed(call, [](const bignum& a, const bignum& b) { return a | b; });
 }
 
 // The only word that clears the record's value itself once the host has released it.
