@@ -92,8 +92,12 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
 }
 
 int store(char* digits, const Magnitude& m) {
-  for (int i = 0; i < m.count(); ++i) store_word(digits + i * LIMB_DIGITS, word_of(m.limb()[i]));
-  return digit_count(m);
+  std::uint64_t word = ASCII_ZEROS;
+  for (int i = 0; i < m.count(); ++i) {
+    word = word_of(m.limb()[i]);
+    store_word(digits + i * LIMB_DIGITS, word);
+  }
+  return m.count() * LIMB_DIGITS - (m.is_zero() ? 0 : std::countl_zero(word ^ ASCII_ZEROS) / 8);
 }
 
 // Three passes in one, so that only the last carry, 0 or 1, waits for the column before: a column

@@ -1,6 +1,7 @@
 #include "bignum/magnitude_power.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -94,23 +95,28 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
 }  // namespace
 
 bool power(Magnitude& r, const Magnitude& base, int n) {
-  r = base;
   const Limb word_base = base.count() > 2 ? MAX_WORD : word_of_limbs(base);
-  if (word_base < 2) return true;
+  if (word_base < 2) {
+    r = base;
+    return true;
+  }
   // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
   int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
   const bool base_is_word = word_base < MAX_WORD_ROOT;
+  Limb word = word_base;
   if (base_is_word) {
-    Limb word = word_base;
     for (; bit >= 0 && word < MAX_WORD_ROOT; --bit) {
       if (((n >> bit) & 1) != 0 && word * word >= MAX_WORD / word_base) break;
       word *= ((n >> bit) & 1) != 0 ? word * word_base : word;
     }
-    r = Magnitude(word);
   }
+  // Each product goes from one magnitude to the other, the last one to r.
+  const unsigned left = static_cast<unsigned>(n) & ((1U << (bit + 1)) - 1);
+  const int products = bit + 1 + (base_is_word ? 0 : std::popcount(left));
   Magnitude other;
-  Magnitude* now = &r;
-  Magnitude* next = &other;
+  Magnitude* now = products % 2 == 0 ? &r : &other;
+  Magnitude* next = products % 2 == 0 ? &other : &r;
+  *now = base_is_word ? Magnitude(word) : base;
   for (; bit >= 0; --bit) {
     if (!square(*next, *now)) return false;
     std::swap(now, next);
@@ -123,7 +129,6 @@ bool power(Magnitude& r, const Magnitude& base, int n) {
       std::swap(now, next);
     }
   }
-  if (now != &r) r = *now;
   return fits(r);
 }
 
