@@ -19,54 +19,38 @@ bool is_one_of(const std::string& word, const char* words) {
   return std::string(words).find(" " + word + " ") != std::string::npos;
 }
 
-// A number as GMP reads it, without a plus sign and a fraction; empty when it is none.
-std::string plain(const std::string& text) {
-  const std::size_t from = text[0] == '+' || text[0] == '-' ? 1 : 0;
-  const std::string digits = text.substr(from, text.find('.') - from);
-  const bool is_number = !digits.empty() && digits.find_first_not_of("0123456789") > MAX_LENGTH;
-  return is_number && text.size() - from <= MAX_LENGTH ? (text[0] == '-' ? "-" : "") + digits : "";
-}
-
 std::size_t digit_count(const std::string& number) {
   return number.size() - std::min(number.find_first_of("123456789"), number.size());
 }
 
 long count_of(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
 
-// Whether GMP would work long on an answer that is too long.
-bool is_huge(const std::string& word, const Words& numbers) {
-  const long n = count_of(numbers[1]);
-  const auto digits = static_cast<long>(digit_count(numbers[0]));
-  if (is_one_of(word, WITH_WIDTH) && count_of(numbers[2]) > MAX_BITS) return true;
-  if (word == "<<") return digits != 0 && n > MAX_BITS;
-  if (word == "pow2") return count_of(numbers[0]) > MAX_BITS;
-  if (!is_one_of(word, " ** pow ") || (digits < 2 && std::abs(count_of(numbers[0])) < 2))
-    return false;
-  return n > MAX_BITS || (digits - 1) * n > static_cast<long>(MAX_LENGTH);
+// Whether a text is a number of the word's and GMP reads it as such.
+bool is_number(const std::string& word, const std::string& text) {
+  if (word == "bintoint") return !text.empty() && text.find_first_not_of("01") > text.size();
+  const std::string digits = text.substr(text[0] == '-' ? 1 : 0);
+  return !digits.empty() && digits.size() <= MAX_LENGTH &&
+         digits.find_first_not_of("0123456789") > MAX_LENGTH;
 }
 
-// Whether the numbers are none of the word's, or what it says of them is not a number.
+// Whether the numbers are none of the word's, or GMP would work long on an answer that is too long.
 bool has_no_answer(const std::string& word, const Words& numbers) {
   const std::string& a = numbers[0];
+  const auto is_long = [](const std::string& number) { return digit_count(number) >= MAX_LENGTH; };
+  const auto exceeds = [](const std::string& number, long limit) {
+    return digit_count(number) > 9 || count_of(number) > limit;
+  };
   if (is_one_of(word, " sqrt inttobin ")) return a[0] == '-';
-  if (is_one_of(word, " fib fact ")) {
-    return digit_count(a) > 9 || count_of(a) > (word == "fib" ? 30000 : 1000);
-  }
+  if (word == "fib") return exceeds(a, 30000);
+  if (word == "fact") return exceeds(a, 1000);
+  if (word == "pow2") return exceeds(a, MAX_BITS + 9);
   if (word == "fdiv") return digit_count(numbers[1]) > MAX_LENGTH - 60;
-  if (word == "mean") {
-    return std::any_of(numbers.begin(), numbers.end(),
-                       [](const std::string& number) { return digit_count(number) >= MAX_LENGTH; });
-  }
-  if (is_one_of(word, WITH_WIDTH) && digit_count(numbers[2]) > 9) return true;
-  return is_one_of(word, " ** pow << >> ") && digit_count(numbers[1]) > 9;
-}
-
-// A text that is a number of the word's, as GMP reads it; else empty.
-std::string read(const std::string& word, const std::string& text) {
-  if (word == "mean" && text.find('.') != std::string::npos) return "";
-  if (word != "bintoint") return plain(text);
-  const std::string digits = text.substr(text.rfind("0b", 0) == 0 ? 2 : 0);
-  return digits.find_first_not_of("01") == std::string::npos ? digits : "";
+  if (word == "mean") return std::any_of(numbers.begin(), numbers.end(), is_long);
+  if (is_one_of(word, WITH_WIDTH) && exceeds(numbers[2], MAX_BITS)) return true;
+  if (!is_one_of(word, " ** pow << >> ")) return false;
+  const long n = count_of(numbers[1]), digits = static_cast<long>(digit_count(a));
+  return exceeds(numbers[1], MAX_BITS) ||
+         (is_one_of(word, " ** pow ") && digits * n > 2 * MAX_BITS);
 }
 
 std::string computed(const std::string& word, const Words& numbers, std::size_t count) {
@@ -89,13 +73,11 @@ std::optional<std::string> answer_by_gmp(const Words& words, const std::string& 
   if (bench::gmp_command(word) == nullptr) return std::nullopt;
   Words numbers{words.begin() + 2, words.end()};
   if (updates(word) || is_one_of(word, " ++ -- ")) numbers[0] = variable;
-  for (std::string& number : numbers) {
-    number = read(word, number);
-    if (number.empty()) return std::nullopt;
+  for (const auto& number : numbers) {
+    if (!is_number(word, number)) return std::nullopt;
   }
   numbers.resize(std::max<std::size_t>(numbers.size(), 3), "0");
   if (has_no_answer(word, numbers)) return std::nullopt;
-  if (is_huge(word, numbers)) return ENDS;
   const bool is_zero = digit_count(numbers[1]) == 0;
   if (is_zero && is_one_of(word, " /= fdiv fmod ")) return GUARD;
   if (is_zero && is_one_of(word, " / % ")) return numbers[1][0] == '-' ? GUARD : "0";

@@ -11,107 +11,79 @@
 namespace omrel::test {
 namespace {
 
-using Calls = std::vector<std::string>;
-
 const std::string SET_DLLVAR = "Setting var dllvar to 123\nresult was ";
 const std::string NO_PI = "failed to retrieve test var pi\n";
 
 std::string link_report(const std::string& location) {
-  return "{12}\r\nException in [" + location + "] at line #{7}\n";
+  return "untouched error {12}\r\nException in [omrel_init: " + location + "] at line #{7}\n";
 }
 
-TEST(Link, LooksCommandsUpInOrderUntilOneIsMissing) {
-  const Calls names{"eval", "vars", "subst", "set", "expr"};
-  Calls looked_up;
-  for (const std::string& missing : names) {
-    looked_up.push_back("getCommand " + missing);
-    RecordingHost host;
-    RecordingHost::unlink();
-    host.commands.erase(missing);
-    // Too few words: the link check comes first, so no syntax message is printed.
-    for (const Words& words : {Words{"bigtest"}, Words{"big"}}) {
-      const Outcome outcome = host.run(words);
-      EXPECT_EQ(outcome.code, 1) << missing;
-      EXPECT_EQ(outcome.result, UNTOUCHED) << missing;
-      EXPECT_EQ(outcome.calls, looked_up) << missing;
-      EXPECT_EQ(outcome.output, link_report("omrel_init: " + missing + " not linked\n"));
-    }
-  }
-}
-
-TEST(Link, IsCheckedAgainUntilItSucceedsAndNeverAfter) {
+TEST(Link, LooksCommandsUpInOrderUntilOneIsMissingAndNeverAfter) {
   RecordingHost host;
-  RecordingHost::unlink();
-  host.commands.erase("expr");
-  EXPECT_EQ(host.run({"bigtest"}).code, 1);
-  host.commands.insert("expr");
-  EXPECT_EQ(host.run({"bigtest"}).calls,
-            (Calls{"getCommand eval", "getCommand vars", "getCommand subst", "getCommand set",
-                   "getCommand expr", "getVar pi -1", "setVar dllvar 123 -1"}));
+  host_linked = false;
   host.commands.clear();
-  EXPECT_EQ(host.run({"bigtest"}).calls, (Calls{"getVar pi -1", "setVar dllvar 123 -1"}));
+  Words calls;
+  for (const std::string missing : {"eval", "vars", "subst", "set", "expr"}) {
+    calls.push_back("getCommand " + missing);
+    // Too few words: the link check comes first, so no syntax message is printed.
+    for (const char* command : {"bigtest", "big"}) {
+      const Outcome outcome = host.run({command});
+      EXPECT_EQ(ended(outcome), link_report(missing + " not linked\n"));
+      EXPECT_EQ(outcome.calls, calls);
+    }
+    host.commands.insert(missing);
+  }
+  const Words test{"getVar pi -1", "setVar dllvar 123 -1"};
+  calls.insert(calls.end(), test.begin(), test.end());
+  EXPECT_EQ(host.run({"bigtest"}).calls, calls);
+  host.commands.clear();
+  EXPECT_EQ(host.run({"bigtest"}).calls, test);
 }
 
 TEST(Link, FaultsInTheLookupsAreReported) {
-  struct {
-    const char *throwing, *null, *location;
-  } const cases[] = {
-      {"getCommand", "", "omrel_init: Exception"},
-      {"", "getCommand", "omrel_init: eval not linked\n"},
-      {"", "all", "omrel_init: eval not linked\n"},  // the table was never handed over
-  };
-  for (const auto& fault : cases) {
+  for (const auto& [throwing, null, location] :
+       {std::tuple{"getCommand", "", "Exception"},
+        {"", "getCommand", "eval not linked\n"},
+        {"", "all", "eval not linked\n"}}) {  // the table was never handed over
     RecordingHost host;
-    RecordingHost::unlink();
-    host.throwing_callback = fault.throwing;
-    host.null_callbacks = {fault.null};
+    host_linked = false;
+    host.throwing_callback = throwing;
+    host.null_callbacks = {null};
     for (const char* command : {"big", "bigtest"}) {
-      const Outcome outcome = host.run({command, "+", "1", "2"});
-      EXPECT_EQ(outcome.code, 1);
-      EXPECT_EQ(outcome.output, link_report(fault.location));
+      EXPECT_EQ(ended(host.run({command, "+", "1", "2"})), link_report(location));
     }
     EXPECT_FALSE(host_linked);
   }
 }
 
 TEST(Report, Texts) {
-  struct {
-    const char *location, *message, *report;
-  } const cases[] = {
-      {nullptr, "Command undefined", "{12} (Command undefined){7}\n"},
-      {"big", "", "{12}\r\nException in [big] at line -7{7}\n"},
-      {"", "x", "{12}\r\nException in [] at line -7 (x){7}\n"},
-      {"%s%n", "%n%d", "{12}\r\nException in [%s%n] at line -7 (%n%d){7}\n"},
-      {nullptr, nullptr, "{12}{7}\n"},
-  };
+  using Row = std::tuple<const char*, const char*, std::string>;
   const RecordingHost host;
   line_marker = -7;
-  for (const auto& report : cases) {
+  for (const auto& [location, message, report] :
+       {Row{nullptr, "Command undefined", " (Command undefined)"},
+        Row{"big", "", "\r\nException in [big] at line -7"},
+        Row{"", "x", "\r\nException in [] at line -7 (x)"},
+        Row{"%s%n", "%n%d", "\r\nException in [%s%n] at line -7 (%n%d)"},
+        Row{nullptr, nullptr, ""}}) {
     int code = 0;
-    EXPECT_EQ(capture_output([&] { code = report_exception(report.location, report.message); }),
-              report.report);
+    const auto write = [&code, l = location, m = message] { code = report_exception(l, m); };
+    EXPECT_EQ(capture_output(write), "{12}" + report + "{7}\n");
     EXPECT_EQ(code, 1);
   }
 }
 
 TEST(BigTest, ReadsPiAndSetsDllvar) {
   RecordingHost host;
-  Outcome outcome = host.run({"bigtest", "ignored"});
-  EXPECT_EQ(outcome.output, NO_PI + SET_DLLVAR + "0\n");
-  EXPECT_EQ(outcome.code, 0);
-  EXPECT_EQ(outcome.result, UNTOUCHED);
+  EXPECT_EQ(ended(host.run({"bigtest", "ignored"})), "untouched" + NO_PI + SET_DLLVAR + "0\n");
   EXPECT_EQ(host.get("dllvar"), "123");
-
   host.set("pi", std::nullopt);
   EXPECT_EQ(host.run({"bigtest"}).output, NO_PI + SET_DLLVAR + "0\n");
-
   host.set("pi", "%s 3.14");
-  std::ostringstream record;
-  record << static_cast<const void*>(host.record("pi"));
   host.set_var_status = -5;
-  outcome = host.run({"bigtest"});
-  EXPECT_EQ(outcome.output, "Pi is " + record.str() + " '%s 3.14'\n" + SET_DLLVAR + "-5\n");
-  EXPECT_EQ(outcome.code, 0);
+  std::ostringstream wanted;
+  wanted << "untouchedPi is " << static_cast<const void*>(host.record("pi")) << " '%s 3.14'\n";
+  EXPECT_EQ(ended(host.run({"bigtest"})), wanted.str() + SET_DLLVAR + "-5\n");
 }
 
 // Whatever callback is missing or throws, a call returns and keeps its hands off what it does not
@@ -122,19 +94,16 @@ TEST(Callbacks, AnyOneMayBeNullOrThrowInAnyWord) {
   for (const Words& row : operators) {
     Words words{row[1].empty() ? "bigtest" : "big", row[0], "x", "5"};
     if (row[1] == "THREE") words.pop_back();
-    for (const char* name : {"getVar", "setVar", "setVarValue", "freeVarValue", "getCommand",
-                             "setResult", "freeValue"}) {
+    for (const std::string& name : CALLBACKS) {
       RecordingHost sound, throwing, lacking;
       throwing.throwing_callback = name;
       lacking.null_callbacks = {name};
       for (RecordingHost* host : {&sound, &throwing, &lacking}) host->set("x", "10");
       const Outcome wanted = sound.run(words), got = throwing.run(words);
-      const bool is_called = std::any_of(got.calls.begin(), got.calls.end(), [&](const auto& call) {
-        return call.rfind(std::string(name) + " ", 0) == 0;
-      });
+      const bool is_called = printable(got.calls).find("{" + name + " ") != std::string::npos;
       EXPECT_EQ(got.code, is_called ? 1 : wanted.code) << row[0] << " " << name;
       EXPECT_TRUE(!is_called || got.result.value_or(GUARD) == GUARD) << row[0] << " " << name;
-      EXPECT_TRUE(lacking.run(words).code == wanted.code || name == std::string("getVar"));
+      EXPECT_TRUE(lacking.run(words).code == wanted.code || name == "getVar");
     }
   }
 }
@@ -145,29 +114,11 @@ TEST(Callbacks, VariablesMayVanishAndTextsBeLong) {
   EXPECT_EQ(host.run({"big", "+=", "x", "1"}).code, 1);
   EXPECT_EQ(host.run({"big", "-=", "x", "1"}).code, 1);
   const std::string megabyte(1 << 20, '7');
-  for (const Words& words : {Words{"big", megabyte, "1", "2"}, {"big", "(null)", "1", "2"}}) {
-    EXPECT_EQ(host.run(words).code, 1);
+  for (const std::string word : {megabyte.c_str(), "(null)", "+=", "++", "fib", "graph", "debug",
+                                 "bintoint", "sqrt", "inttobin"}) {
+    EXPECT_LE(run_in_child({"big", word, megabyte, "5"}).code, 1) << word.substr(0, 9);
+    EXPECT_LE(run_in_child({"big", word, megabyte}).code, 1) << word.substr(0, 9);
   }
-  for (const char* word : {"+=", "++", "fib", "graph", "debug", "bintoint", "sqrt", "inttobin"}) {
-    EXPECT_LE(run_in_child({"big", word, megabyte, "5"}).code, 1) << word;
-    EXPECT_LE(run_in_child({"big", word, megabyte}).code, 1) << word;
-  }
-}
-
-TEST(Callbacks, AreCountedAndStoredInOrder) {
-  const OmrelUnused some = [] {};
-  const auto as = [some](auto kind) { return reinterpret_cast<decltype(kind)>(some); };
-  const auto hand_over = [&](OmrelUnused unused) {
-    return _export_common_routines(as(OmrelGetVar{}), as(OmrelSetVar{}), as(OmrelSetVarValue{}),
-                                   as(OmrelFreeVarValue{}), unused, unused, as(OmrelGetCommand{}),
-                                   unused, unused, as(OmrelSetResult{}), unused,
-                                   as(OmrelFreeValue{}), unused, unused, unused, unused, unused);
-  };
-  EXPECT_EQ(hand_over(some), 17);
-  EXPECT_EQ(omrel::host.unused16, some);
-  EXPECT_EQ(hand_over(nullptr), 7);
-  EXPECT_EQ(omrel::host.unused16, nullptr);  // a later call replaces nulls too
-  omrel::host = {};
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #endif
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,76 +30,47 @@ bool is_child = false;
 
 // The library ends a process with status 0. When a test does not run in a child process for that,
 // it has failed, whatever the status.
-void fail_within_a_test() {
-  if (is_child || ::testing::UnitTest::GetInstance()->current_test_info() == nullptr) return;
-  std::fputs("the process ended within a test\n", stderr);
-  std::_Exit(1);
-}
-
 const int exit_guard = [] {
   ::testing::UnitTest::GetInstance();  // so that it outlives the guard
-  return std::atexit(&fail_within_a_test);
+  return std::atexit([] {
+    if (is_child || ::testing::UnitTest::GetInstance()->current_test_info() == nullptr) return;
+    std::fputs("the process ended within a test\n", stderr);
+    std::_Exit(1);
+  });
 }();
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-File temporary_file() {
+std::FILE* temporary_file() {
 #ifdef _WIN32  // whose tmpfile is for administrators; binary, and so is standard output sent there
-  return {std::fopen(::_tempnam(nullptr, "omrel"), "w+bTD"), &std::fclose};
+  return std::fopen(::_tempnam(nullptr, "omrel"), "w+bTD");
 #else
-  return {std::tmpfile(), &std::fclose};
+  return std::tmpfile();
 #endif
-}
-
-std::string read_from_start(std::FILE* file) {
-  std::fseek(file, 0, SEEK_END);
-  std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
-  std::rewind(file);
-  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-  return text;
-}
-
-// Sends standard output to a file for the object's lifetime.
-class OutputToFile {
- public:
-  explicit OutputToFile(int file) {
-    std::fflush(stdout);
-    saved = ::dup(STDOUT_FILENO);
-    ::dup2(file, STDOUT_FILENO);
-  }
-  ~OutputToFile() {
-    std::fflush(stdout);
-    ::dup2(saved, STDOUT_FILENO);
-    ::close(saved);
-  }
-  OutputToFile(const OutputToFile&) = delete;
-  OutputToFile& operator=(const OutputToFile&) = delete;
-
- private:
-  int saved;
-};
-
-HostCommand* some_command() {
-  static int record;
-  return reinterpret_cast<HostCommand*>(&record);
 }
 
 }  // namespace
 
 std::string capture_output(const std::function<void()>& function) {
-  const File file = temporary_file();
-  {
-    const OutputToFile redirected(::fileno(file.get()));
-    function();
-  }
-  return read_from_start(file.get());
+  std::FILE* file = temporary_file();
+  std::fflush(stdout);
+  const int saved = ::dup(STDOUT_FILENO);
+  ::dup2(::fileno(file), STDOUT_FILENO);
+  function();
+  std::fflush(stdout);
+  ::dup2(saved, STDOUT_FILENO);
+  ::close(saved);
+  std::fseek(file, 0, SEEK_END);
+  std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
+  std::rewind(file);
+  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
+  std::fclose(file);
+  return text;
 }
 
 #ifdef _WIN32
 
 // There is no fork: the program runs itself again, the one test alone, and goes on with the
 // function where that test comes to the same child. What it prints before that ends in a mark.
-ChildOutcome run_in_child(const std::function<int()>& function) {
+Outcome run_in_child(const std::function<int()>& function) {
   static const ::testing::TestInfo* test = nullptr;
   static int child_count = 0;
   const auto* running = ::testing::UnitTest::GetInstance()->current_test_info();
@@ -121,12 +93,12 @@ ChildOutcome run_in_child(const std::function<int()>& function) {
     status = ::_spawnl(_P_WAIT, _pgmptr, "test", filter.c_str(), static_cast<char*>(nullptr));
   });
   ::_putenv_s("OMREL_TEST_CHILD", "");
-  return {static_cast<int>(status), output.substr(output.rfind('\1') + 1)};
+  return {static_cast<int>(status), {}, output.substr(output.rfind('\1') + 1), {}};
 }
 
 #else
 
-ChildOutcome run_in_child(const std::function<int()>& function) {
+Outcome run_in_child(const std::function<int()>& function) {
   int status = 0;
   const std::string output = capture_output([&] {
     const pid_t child = ::fork();
@@ -138,14 +110,18 @@ ChildOutcome run_in_child(const std::function<int()>& function) {
     }
     ::waitpid(child, &status, 0);
   });
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), output};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), {}, output, {}};
 }
 
 #endif
 
 Outcome run_in_child(const Words& words) {
-  const ChildOutcome child = run_in_child([&words] { return RecordingHost().call(words).code; });
-  return {child.status, {}, child.output, {}};
+  return run_in_child([&words] { return RecordingHost().call(words).code; });
+}
+
+std::string ended(const Outcome& outcome) {
+  return outcome.result.value_or("untouched") + (outcome.code == 0 ? "" : " error ") +
+         outcome.output;
 }
 
 Words split(const std::string& text) {
@@ -167,16 +143,17 @@ std::string printable(const Words& words) {
   return text;
 }
 
-std::string without_line_numbers(const std::string& text) {
-  static const std::string MARK = "line ";
-  std::string masked = text;
-  for (std::size_t at = masked.find(MARK); at != std::string::npos; at = masked.find(MARK, at)) {
-    at += MARK.size();
-    const std::size_t end = masked.find_first_not_of("0123456789", at);
-    if (end != at) masked.replace(at, end - at, "#");
+// The text with the number behind each "line " replaced by '#', since it is our source's.
+std::string without_line_numbers(std::string text) {
+  for (std::size_t at = 0; (at = text.find("line ", at)) != std::string::npos;) {
+    at += std::string("line ").size();
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
+    if (end != at) text.replace(at, end - at, "#");
   }
-  return masked;
+  return text;
 }
+
+std::string shown(const char* text) { return text == nullptr ? "(null)" : text; }
 
 // What a value text points to between its release and the next value.
 char released[] = "released";
@@ -187,47 +164,41 @@ struct RecordingHost::Callbacks {
     EXPECT_EQ(interp, current) << "a callback got another interpreter";
     return *current;
   }
-  static std::string name_of(HostVar* var) {
-    return var == nullptr ? "(null)" : static_cast<Variable*>(var)->name;
-  }
-  static std::string text_of(const char* text) { return text == nullptr ? "(null)" : text; }
-
   static HostVar* getVar(void* interp, const char* name, int minus_one) {
     RecordingHost& self = host_of(interp);
-    self.record_call("getVar", text_of(name) + " " + std::to_string(minus_one));
-    const auto found = self.variables.find(text_of(name));
+    self.record_call("getVar", {shown(name), std::to_string(minus_one)});
+    const auto found = self.variables.find(shown(name));
     return found == self.variables.end() ? nullptr : found->second.get();
   }
   static int setVar(void* interp, const char* name, const char* value, int minus_one) {
     RecordingHost& self = host_of(interp);
-    self.record_call("setVar",
-                     text_of(name) + " " + text_of(value) + " " + std::to_string(minus_one));
-    if (self.set_var_status == 0 && self.set_var_creates) self.set(text_of(name), text_of(value));
+    self.record_call("setVar", {shown(name), shown(value), std::to_string(minus_one)});
+    if (self.set_var_status == 0 && self.set_var_creates) self.set(shown(name), shown(value));
     return self.set_var_status;
   }
   static void setVarValue(HostVar* var, const char* value, int zero) {
+    auto& variable = *static_cast<Variable*>(var);
     const std::string over = var->value == nullptr ? " over null" : "";
-    current->record_call("setVarValue",
-                         name_of(var) + " " + text_of(value) + " " + std::to_string(zero) + over);
-    current->own_value(*static_cast<Variable*>(var), value);
+    current->record_call("setVarValue", {variable.name, shown(value), std::to_string(zero) + over});
+    current->own_value(variable, value);
   }
   static void freeVarValue(HostVar* var) {
-    current->record_call("freeVarValue", name_of(var));
+    current->record_call("freeVarValue", {static_cast<Variable*>(var)->name});
     current->release_value(var->value);
     var->value = released;
   }
   static HostCommand* getCommand(void* interp, const char* name) {
     RecordingHost& self = host_of(interp);
-    self.record_call("getCommand", text_of(name));
-    return self.commands.count(text_of(name)) != 0 ? some_command() : nullptr;
+    self.record_call("getCommand", {shown(name)});
+    return self.commands.count(shown(name)) != 0 ? static_cast<HostCommand*>(interp) : nullptr;
   }
   static void setResult(void* interp, const char* text, int zero) {
     RecordingHost& self = host_of(interp);
-    self.record_call("setResult", text_of(text) + " " + std::to_string(zero));
-    self.result = text_of(text);
+    self.record_call("setResult", {shown(text), std::to_string(zero)});
+    self.result = shown(text);
   }
   static void freeValue(char* value) {
-    current->record_call("freeValue", text_of(value));
+    current->record_call("freeValue", {shown(value)});
     current->release_value(value);
   }
   static void unused() { ADD_FAILURE() << "an unused callback was called"; }
@@ -246,37 +217,27 @@ RecordingHost::~RecordingHost() {
   for (char* value : outstanding) std::free(value);
 }
 
-void RecordingHost::unlink() { host_linked = false; }
-
 void RecordingHost::set(const std::string& name, const std::optional<std::string>& value) {
   std::unique_ptr<Variable>& variable = variables[name];
-  if (variable == nullptr) {
-    variable = std::make_unique<Variable>();
-    variable->name = name;
-  } else {
-    release_value(variable->value);
-  }
+  if (variable == nullptr) variable = std::make_unique<Variable>(Variable{{nullptr}, name});
+  release_value(variable->value);
   own_value(*variable, value ? value->c_str() : nullptr);
 }
 
 std::optional<std::string> RecordingHost::get(const std::string& name) const {
-  const auto found = variables.find(name);
-  if (found == variables.end() || found->second->value == nullptr) return std::nullopt;
-  return found->second->value;
+  const char* value = has(name) ? record(name)->value : nullptr;
+  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }
 
 Outcome RecordingHost::run(const Words& words) {
   Outcome outcome;
-  const std::string output = capture_output([&] { outcome = call(words); });
-  outcome.output = without_line_numbers(output);
+  outcome.output = without_line_numbers(capture_output([&] { outcome = call(words); }));
   return outcome;
 }
 
 Outcome RecordingHost::call(const Words& words) {
   std::vector<const char*> argv;
-  for (const std::string& word : words) {
-    argv.push_back(word == "(null)" ? nullptr : word.c_str());
-  }
+  for (const auto& word : words) argv.push_back(word == "(null)" ? nullptr : word.c_str());
   argv.push_back(nullptr);
   const bool is_bigtest = !words.empty() && words[0] == "bigtest";
   const OmrelCommand command = is_bigtest ? &quarnCommandBigTest : &quarnCommandBigNum;
@@ -294,20 +255,23 @@ void RecordingHost::hand_over() const {
     const bool is_null = null_callbacks.count("all") + null_callbacks.count(name) != 0;
     return is_null ? nullptr : callback;
   };
-  // Every second unused callback is null, the others fail the test when called.
-  const OmrelUnused none = nullptr;
-  const OmrelUnused unused = unless_null("unused", &Callbacks::unused);
-  _export_common_routines(
+  // Some unused callbacks are null, at the next call the others; they fail the test when called.
+  static OmrelUnused none = &Callbacks::unused, unused = nullptr;
+  std::swap(none, unused);
+  const int count = _export_common_routines(
       unless_null("getVar", &Callbacks::getVar), unless_null("setVar", &Callbacks::setVar),
       unless_null("setVarValue", &Callbacks::setVarValue),
       unless_null("freeVarValue", &Callbacks::freeVarValue), unused, none,
       unless_null("getCommand", &Callbacks::getCommand), unused, none,
       unless_null("setResult", &Callbacks::setResult), unused,
       unless_null("freeValue", &Callbacks::freeValue), unused, none, unused, none, unused);
+  EXPECT_EQ(omrel::host.unused16, unused);
+  EXPECT_TRUE(!null_callbacks.empty() || count == (unused == nullptr ? 11 : 13)) << count;
 }
 
-void RecordingHost::record_call(const char* callback, const std::string& arguments) {
-  calls.push_back(std::string(callback) + " " + arguments);
+void RecordingHost::record_call(const std::string& callback, const Words& arguments) {
+  calls.push_back(callback);
+  for (const std::string& argument : arguments) calls.back() += " " + argument;
   if (throwing_callback == callback) throw std::runtime_error("thrown by the host");
 }
 
@@ -326,11 +290,10 @@ void RecordingHost::release_value(char* value) {
 void RecordingHost::check_outstanding(const Words& words) const {
   std::size_t held = 0;
   for (const auto& [name, variable] : variables) held += outstanding.count(variable->value);
-  bool releases = true;
-  for (const char* name : {"all", "freeVarValue", "freeValue"}) {
-    releases = releases && null_callbacks.count(name) == 0;
-  }
-  EXPECT_TRUE(!releases || outstanding.size() == held) << "not released by " << printable(words);
+  const bool keeps = null_callbacks.count("all") + null_callbacks.count("freeVarValue") +
+                         null_callbacks.count("freeValue") !=
+                     0;
+  EXPECT_TRUE(keeps || outstanding.size() == held) << "not released by " << printable(words);
 }
 
 }  // namespace omrel::test

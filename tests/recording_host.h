@@ -17,18 +17,6 @@ namespace omrel::test {
 // Runs the function and returns what it wrote to standard output.
 std::string capture_output(const std::function<void()>& function);
 
-struct ChildOutcome {
-  int status;  // exit status; minus the signal's number when one ended the child
-  std::string output;
-};
-
-// Runs the function in a child process that exits with its result, unless the function ends the
-// process itself. Within it use RecordingHost::call, since run keeps the output to itself.
-ChildOutcome run_in_child(const std::function<int()>& function);
-
-// The text with the number behind each "line " replaced by '#', since it is our source's.
-std::string without_line_numbers(const std::string& text);
-
 using Words = std::vector<std::string>;
 
 // Words of a text: {} is the empty one, % stands for white space, 10^400 for 1 and 400 zeros.
@@ -36,6 +24,10 @@ Words split(const std::string& text);
 
 // The words, shortened, for a failure's message.
 std::string printable(const Words& words);
+
+// The callbacks that the library calls.
+inline const Words CALLBACKS{"getVar",     "setVar",    "setVarValue", "freeVarValue",
+                             "getCommand", "setResult", "freeValue"};
 
 // The result of a call that an exception ended.
 inline const std::string GUARD = "lib omrel_bignum: Unhandled exception in omrel_bignum.dll";
@@ -49,8 +41,15 @@ struct Outcome {
   std::vector<std::string> calls;
 };
 
-// Calls the command words[0] on a fresh host in a child process, whose status and output it
-// returns.
+// How a call ended: its result, " error " for the code 1, and standard output.
+std::string ended(const Outcome& outcome);
+
+// Runs the function in a child process that exits with its result, unless the function ends the
+// process itself. The code is its exit status, minus the signal's number when one ended it. Within
+// it use RecordingHost::call, since run keeps the output to itself.
+Outcome run_in_child(const std::function<int()>& function);
+
+// Calls the command words[0] on a fresh host in a child process.
 Outcome run_in_child(const Words& words);
 
 class RecordingHost {
@@ -61,8 +60,6 @@ class RecordingHost {
 
   // Withdraws the callbacks.
   ~RecordingHost();
-  RecordingHost(const RecordingHost&) = delete;
-  RecordingHost& operator=(const RecordingHost&) = delete;
 
   // The variable now exists, with a copy of the value or with a null value text.
   void set(const std::string& name, const std::optional<std::string>& value);
@@ -80,9 +77,6 @@ class RecordingHost {
   // The same, but leaves standard output alone.
   Outcome call(const Words& words);
 
-  // The library's next call repeats the link check.
-  static void unlink();
-
   // Settings, read when a call runs.
   std::set<std::string> commands{"eval", "vars", "subst", "set", "expr"};
   std::set<std::string> null_callbacks;  // by name: handed over as null; "all": none handed over
@@ -97,7 +91,7 @@ class RecordingHost {
   struct Callbacks;
 
   void hand_over() const;
-  void record_call(const char* callback, const std::string& arguments);
+  void record_call(const std::string& callback, const Words& arguments);
   void own_value(Variable& variable, const char* value);
   void release_value(char* value);
   void check_outstanding(const Words& words) const;

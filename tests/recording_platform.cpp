@@ -2,11 +2,7 @@
 
 #include <cstdio>
 
-namespace omrel::test {
-
-RecordingPlatform recording_platform;
-
-}  // namespace omrel::test
+omrel::test::RecordingPlatform omrel::test::recording_platform;
 
 namespace omrel::platform {
 

@@ -3,7 +3,6 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -19,17 +18,14 @@ int main() {
   if (library == nullptr) return 1;
   const auto hand_over = reinterpret_cast<decltype(&_export_common_routines)>(
       dlsym(library, "_export_common_routines"));
-  int failures = 0;
   for (const OmrelGetCommand lookup : {&throwing_get_command, &get_command}) {
     hand_over(&throwing_get_var, nullptr, nullptr, nullptr, nullptr, nullptr, lookup, nullptr,
               nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     const char* const words[] = {"bigtest", "+=", "x", "1", nullptr};
     for (const char* name : {"quarnCommandBigTest", "quarnCommandBigNum"}) {
       const auto command = reinterpret_cast<OmrelCommand>(dlsym(library, name));
-      if (command(&failures, 4, words, nullptr) == 1) continue;
-      std::fprintf(stderr, "failed: %s\n", name);
-      ++failures;
+      if (command(library, 4, words, nullptr) != 1) return 1;
     }
   }
-  return failures;
+  return 0;
 }
