@@ -284,7 +284,7 @@ bignum bignum::shift_left(std::int32_t n) const {
   Magnitude x;
   load(x, *this);
   if (x.is_zero()) return value_of_short(0, 0);
-  if (n < MAX_FACTOR_BITS && x.count() < MAX_LIMBS - 1) {
+  if (n < MAX_FACTOR_BITS) {
     multiply_add(x, Limb{1} << n, 0);
     return value_of(x, 0);
   }

@@ -199,7 +199,7 @@ bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
   if (!fits || debug_switch != 0 || !plain || !d.plain) return false;
   std::uint64_t short_d = 1;
   const bool is_short = load_short(short_d, d);
-  if (short_d == 0 || (!is_short && is_zero(d))) return false;
+  if (short_d == 0) return false;
   if (!is_short) {
     const Aligned x(*this, d, FIXED_PLACES);
     Magnitude quotient;

@@ -121,7 +121,6 @@ void carry_columns(Limb* columns, int count) {
 }
 
 int digit_count(const Magnitude& m) {
-  if (m.is_zero()) return 0;
   const std::uint64_t top = word_of(m.limb()[m.count() - 1]) ^ ASCII_ZEROS;
   return m.count() * LIMB_DIGITS - std::countl_zero(top) / 8;
 }

@@ -52,7 +52,7 @@ int store(char* digits, const Magnitude& m);
 // Turns columns into limbs; the carry out of the last one is zero by the caller's bound.
 void carry_columns(Limb* columns, int count);
 
-// Decimal digits in the number, 0 for zero.
+// Decimal digits in a number that is not zero.
 int digit_count(const Magnitude& m);
 
 // -1, 0 or 1 as a is less than, equal to or greater than b.

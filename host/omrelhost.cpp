@@ -16,9 +16,12 @@
 // keeps two threads from being inside a plug-in at once.
 #include <tcl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
+#include <iterator>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -282,26 +285,28 @@ struct Exports {
   decltype(&_export_common_routines) take_callbacks;
 };
 
-// Finds an exported function; false, with Tcl's message, when there is none.
-template <class Function>
-bool find(Tcl_Interp* interp, Tcl_LoadHandle library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(Tcl_FindSymbol(interp, library, name));
-  return function != nullptr;
+// Finds an exported function; null, with Tcl's message, when there is none.
+void* find(Tcl_Interp* interp, Tcl_LoadHandle library, const char* name) {
+  return Tcl_FindSymbol(interp, library, name);
 }
 
 bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) {
-  bool found = true;
-  const auto take = [&](const char* name, auto& function) {
-    found = found && find(interp, library, name, function);
+  struct Needed {
+    const char* name;
+    void* function;  // the address of a pointer to one
   };
-  take("_get_dll_version", exports.version);
-  take("_get_dll_date", exports.date);
-  take("_get_dll_comment", exports.comment);
-  take("_get_command_list", exports.commands);
-  take("_get_function_list", exports.functions);
-  take("_get_export_count", exports.count);
-  take("_export_common_routines", exports.take_callbacks);
-  return found;
+  const Needed all[] = {{"_get_dll_version", &exports.version},
+                        {"_get_dll_date", &exports.date},
+                        {"_get_dll_comment", &exports.comment},
+                        {"_get_command_list", &exports.commands},
+                        {"_get_function_list", &exports.functions},
+                        {"_get_export_count", &exports.count},
+                        {"_export_common_routines", &exports.take_callbacks}};
+  return std::all_of(std::begin(all), std::end(all), [&](const Needed& needed) {
+    void* const found = find(interp, library, needed.name);
+    std::memcpy(needed.function, &found, sizeof found);
+    return found != nullptr;
+  });
 }
 
 // Finds every command's function, so that a library is taken whole or not at all.
@@ -310,7 +315,8 @@ bool find_functions(Tcl_Interp* interp, Tcl_LoadHandle library, const Exports& e
   functions.resize(static_cast<std::size_t>(exports.count()));
   std::size_t k = 0;
   for (OmrelCommand& function : functions) {
-    if (!find(interp, library, exports.functions()[k++], function)) return false;
+    function = reinterpret_cast<OmrelCommand>(find(interp, library, exports.functions()[k++]));
+    if (function == nullptr) return false;
   }
   return true;
 }

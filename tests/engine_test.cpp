@@ -130,6 +130,8 @@ TEST(Values, WhatNoWordAsksFor) {
   bignum seven(7), nothing;
   const bignum &same = seven, minus = value("-");
   EXPECT_EQ(shown(seven = same) + shown(nothing = minus), "7-0");
+  seven.set_remainder("");
+  EXPECT_EQ(shown(seven.get_remainder()), "0");
   EXPECT_EQ(shown(bignum::bintoint(nullptr)) + shown(value("-7") % value("0")), "0-0");
   for (const auto& too_long : {bignum::fact, bignum::fib}) {
     const Outcome child = run_in_child([&] { return too_long(31102).length; });

@@ -84,7 +84,8 @@ TEST(Operators, BitsAndPowers) {
   expect_answers(R"(& 255 1023 4 -> 15  | 12 3 1 -> 1  & 12 10 x -> 8  & 12 10 -4 -> 8  & -1 5 -> 5
     ^ 255 1023 4 -> 768  | 5 -1 -> 5  & -1 -2 -> 0  ^ 5 -3 -> 5  & -5 3 4 -> 3  | -5 -3 4 -> 15
     & {} 6 -> 6  | {} {} -> 0  & -0 7 -> 7  << 5 3 4 -> 8  << 5 0 2 -> 1  << -3 0 -> -3
-    & 5 7^70 -> 1  << 0 100 -> 0  << x 1 -> 0  >> 9^6499 21600 -> 0  << -3 0 4 -> 15  << -3 1 -> 6  << 1 4294967298 -> 4  << 00 2147483647 -> 0  << 1 (null) -> 1
+    & 5 7^70 -> 1  | 1^18 7^40 -> 7777777777777777777777780602300812197367
+    ^ 1^18 7^40 -> 7777777777777777777777672315712735505846  << 0 100 -> 0  << 0 64 -> 0  << x 1 -> 0  >> 9^6499 21600 -> 0  << -3 0 4 -> 15  << -3 1 -> 6  << 1 4294967298 -> 4  << 00 2147483647 -> 0  << 1 (null) -> 1
     >> 007 0 -> 7  >> -7 1 -> 3  >> 8 -1 -> 8  >> 5 2147483647 -> 0  ** -7 0 -> 1
     pow 2 +10. -> 1024  ** 5 -2 -> 5  ** 0 0 -> 1  ** -0 3 -> -0  ** -0 2 -> 0  ** 3 4294967298 -> 9
     ** 2 -4294967294 -> 4  ** 2 x3 -> 1  ** 2 2147483648 -> 2  ** 2 %-3 -> 2  ** 1 2147483647 -> 1
@@ -98,7 +99,7 @@ TEST(Operators, OneOperand) {
     div10 {} -> 0  abs -0 -> 0  abs 007 -> 7  is_even {} -> 0  fib -5 -> 1  fib 12abc -> 144
     fib abc -> 0  fib -4294967286 -> 55  fib 30001%s -> out-of-range  fact -3 -> 1
     fact 1001 -> too-big  pow2 -4 -> 1  pow2 10.9 -> 1024  pow2 5x -> 32  pow2 %5 -> 32
-    pow2 5xxxx -> 32  pow2 ++5 -> 32  pow2 +-5 -> 1  pow2 5- -> 32  pow2 !5 -> 1  bintoint 1x1 -> 5
+    pow2 % -> 1  pow2 5xxxx -> 32  pow2 ++5 -> 32  pow2 +-5 -> 1  pow2 5- -> 32  pow2 !5 -> 1  bintoint 1x1 -> 5
     bintoint 0b101 -> 5  bintoint 0B101 -> 5  bintoint {} -> 0  bintoint 0b -> 0  bintoint -12 -> 2
     ~ 1 -> 0  ~ 000 -> 1  ~ -4 -> 0  ~ -0 -> 0  ~ (null) -> 0  ! 000 -> 1  ! -0 -> 0  ! {} -> 0
     sqrt 00 -> 0  sqrt -9 -> 1  sqrt -16 -> 2  sqrt -12345 -> 49  sqrt -1 -> failed
@@ -119,7 +120,7 @@ TEST(Operators, LongestAnswersFitAndOneDigitMoreEndsTheProcess) {
   expect_answers(R"(+ 9^6499 0 -> 9^6499  + 9^64 1 -> 10^64  ** 10 6498 -> 10^6498
     - 9^6499 9^6499 -> 0  max 1.9^6490 1 -> 1  fdiv 9^6481 10^6481 -> 0.9^18
     fdiv 9^6482 10^6482 -> ends  + 9^6499 1 -> ends  * 9^3250 9^3250 -> ends  ** 10 6499 -> ends
-    << 1 21590 -> ends  pow2 21590 -> ends  pow2 99999999999 -> ends  == 1 9^6500 -> ends
+    << 1 21590 -> ends  pow2 21590 -> ends  pow2 99999999999 -> ends  pow2 99999x -> ends  << 9^6499 21589 -> ends  == 1 9^6500 -> ends
     ++ 9^6499 -> ends  - -1 9^6499 -> ends  bintoint 10^21591 -> ends  abs 1.9^6499 -> ends
     << 9^6499 1 -> ends  << 9^6499 20 -> ends  << 7^30 21590 -> ends
     * 9^3300 9^3300 -> ends  * 9^6400 9^6400 -> ends  ** 9^3300 2 -> ends  ** 9^3300 3 -> ends  & 1 1 21590 -> ends  ** -2 2147483647 -> ends  << 1 2147483647 -> ends
@@ -155,7 +156,7 @@ TEST(Frame, AdmitsWordsByTheCountOfTexts) {
       rnd << >> fdiv mean fmod)");
   expect_admitted(3, 3, "++ -- div2 pow2 div10 abs is_even fib fact sqrt bintoint ~ ! debug");
   expect_admitted(3, 4, "inttobin graph");
-  expect_admitted(9, 9, "ABS {} foo");
+  expect_admitted(9, 9, "ABS {} foo inttobinx");
 }
 
 // Each row: word, the variable's value ("none": no variable, "null": no value text, "barred": no
