@@ -33,7 +33,6 @@ constexpr int SHORT_BINARY_TEXT = 72;
 // root of a negative number whose steps never end.
 class EngineFailure : public std::exception {
  public:
-  const char* what() const noexcept override { return "omrel_bignum engine failure"; }
   int code = 1;
 };
 
