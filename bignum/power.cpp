@@ -107,16 +107,7 @@ bignum bignum::pow(const bignum& x, std::int32_t n) {
   return value_of(r, sign);
 }
 
-bignum bignum::pow2(const bignum& n) {
-  const std::int32_t m = n.negative != 0 ? 0 : clamped(n);
-  // What other characters are read as may be small although the value is not.
-  if (!n.plain && m < POWER_OF_TWO_COUNT && !(n < bignum(POWER_OF_TWO_COUNT))) {
-    Magnitude r;
-    power_of_two(r, m);
-    return value_of(r, 0);
-  }
-  return pow2(m);
-}
+bignum bignum::pow2(const bignum& n) { return pow2(n.negative != 0 ? 0 : clamped(n)); }
 
 bignum bignum::pow2(std::int32_t n) {
   if (n < POWER_OF_TWO_COUNT) {
