@@ -122,7 +122,7 @@ TEST(Operators, LongestAnswersFitAndOneDigitMoreEndsTheProcess) {
     fdiv 9^6482 10^6482 -> ends  + 9^6499 1 -> ends  * 9^3250 9^3250 -> ends  ** 10 6499 -> ends
     << 1 21590 -> ends  pow2 21590 -> ends  pow2 99999999999 -> ends  pow2 99999x -> ends  << 9^6499 21589 -> ends  == 1 9^6500 -> ends
     ++ 9^6499 -> ends  - -1 9^6499 -> ends  bintoint 10^21591 -> ends  abs 1.9^6499 -> ends
-    << 9^6499 1 -> ends  << 9^6499 20 -> ends  << 7^30 21590 -> ends
+    << 9^6499 1 -> ends  << 9^6499 20 -> ends  << 7^30 21590 -> ends  << 7^850 20001 641 -> ends
     * 9^3300 9^3300 -> ends  * 9^6400 9^6400 -> ends  ** 9^3300 2 -> ends  ** 9^3300 3 -> ends  & 1 1 21590 -> ends  ** -2 2147483647 -> ends  << 1 2147483647 -> ends
     mean 9^6499 1 -> ends)");
 }

@@ -81,6 +81,8 @@ std::optional<std::string> answer_by_gmp(const Words& words, const std::string& 
   const bool is_zero = digit_count(numbers[1]) == 0;
   if (is_zero && is_one_of(word, " /= fdiv fmod ")) return GUARD;
   if (is_zero && is_one_of(word, " / % ")) return numbers[1][0] == '-' ? GUARD : "0";
+  // A number is narrowed after it has been shifted, and may be too long before.
+  if (word == "<<" && computed(word, numbers, 4) == ENDS) return ENDS;
   return computed(word, numbers, words.size());
 }
 
