@@ -65,7 +65,7 @@ inline std::uint64_t word_of(std::uint64_t number) {
   return word | ASCII_ZEROS;
 }
 
-// Writes a number of up to 24 digits as text, whole words of it, and returns the end.
+// Writes a number as text, in whole words and so up to 24 bytes, and returns the end.
 char* write_number(char* text, std::uint64_t number);
 
 // The same for a number below 100, in a third of the steps.
@@ -125,7 +125,7 @@ constexpr std::uint64_t CARRY_BIAS = 0x9696969696969696;
 int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
 
 // Writes x + y, x_length >= y_length digits, and a final carry behind them; returns that carry. The
-// destination may be x.
+// destination may be x or y.
 inline int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
   if (x_length >= 8) return add_long_digits(sum, x, x_length, y, y_length);
   const std::uint64_t total =

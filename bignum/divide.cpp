@@ -197,9 +197,9 @@ bool bignum::short_fixed_quotient(FixedPoint& q, const bignum& d) const {
 bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
   const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
   if (!fits || debug_switch != 0 || !plain || !d.plain) return false;
-  std::uint64_t short_d = 1;
+  std::uint64_t short_d = 0;
   const bool is_short = load_short(short_d, d);
-  if (short_d == 0) return false;
+  if (is_short && short_d == 0) return false;
   if (!is_short) {
     const Aligned x(*this, d, FIXED_PLACES);
     Magnitude quotient;

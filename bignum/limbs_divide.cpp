@@ -2,11 +2,11 @@
 // three changes.
 //
 // A quotient limb comes from floating point: the leading part H of the remainder, exact in an
-// integer, plus the next two columns, times the reciprocal of the divisor's leading limbs. The
-// error is below 10^-6, which is taken off first, so an estimate is never too large, and too small
-// by at most one, hardly ever. Nothing is corrected on the way: a remainder just above the divisor
-// makes the next quotient limb just above LIMB_BASE, which one carry pass at the end puts right,
-// together with at most one more subtraction of the divisor.
+// integer, plus the next two columns, times the reciprocal of the divisor's leading limbs. More
+// than the error is taken off (see limb_estimate.h), so an estimate is never too large, and too
+// small by at most one, hardly ever. Nothing is corrected on the way: a remainder just above the
+// divisor makes the next quotient limb just above LIMB_BASE, which one carry pass at the end puts
+// right, together with at most one more subtraction of the divisor.
 //
 // The remainder is kept as columns that are not normalised, negated, so that subtracting a row is
 // adding one: columns = q * d - a. Eight quotient limbs are found from the top columns alone, then

@@ -1,8 +1,8 @@
 // Square root, a limb at a time from the top: with the root so far s and the remainder n - s^2, the
 // next limb x at position p takes (2 s x + x^2 B^p) B^p more. That is long division by a divisor
-// that grows, and it is done as long division is (see limbs_divide.cpp): estimates from floating
-// point that are never too large, columns that are not normalised and hold s^2 - n, rows of eight
-// limbs added in one go.
+// that grows, and it is done as long division is (see limbs_divide.cpp and limb_estimate.h):
+// estimates from floating point that are never too large, columns that are not normalised and hold
+// s^2 - n, rows of eight limbs added in one go.
 //
 // The first limbs, FIRST of them, find their own square among the leading columns and are taken
 // one by one. Later ones cannot, and only add it when their eight are known.

@@ -285,11 +285,7 @@ struct Exports {
   decltype(&_export_common_routines) take_callbacks;
 };
 
-// Finds an exported function; null, with Tcl's message, when there is none.
-void* find(Tcl_Interp* interp, Tcl_LoadHandle library, const char* name) {
-  return Tcl_FindSymbol(interp, library, name);
-}
-
+// These leave Tcl's message where a function is missing.
 bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) {
   struct Needed {
     const char* name;
@@ -303,7 +299,7 @@ bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) 
                         {"_get_export_count", &exports.count},
                         {"_export_common_routines", &exports.take_callbacks}};
   return std::all_of(std::begin(all), std::end(all), [&](const Needed& needed) {
-    void* const found = find(interp, library, needed.name);
+    void* const found = Tcl_FindSymbol(interp, library, needed.name);
     std::memcpy(needed.function, &found, sizeof found);
     return found != nullptr;
   });
@@ -315,7 +311,8 @@ bool find_functions(Tcl_Interp* interp, Tcl_LoadHandle library, const Exports& e
   functions.resize(static_cast<std::size_t>(exports.count()));
   std::size_t k = 0;
   for (OmrelCommand& function : functions) {
-    function = reinterpret_cast<OmrelCommand>(find(interp, library, exports.functions()[k++]));
+    function =
+        reinterpret_cast<OmrelCommand>(Tcl_FindSymbol(interp, library, exports.functions()[k++]));
     if (function == nullptr) return false;
   }
   return true;
