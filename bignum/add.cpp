@@ -23,19 +23,24 @@ int top_length(const char* text, int length) {
   return length == 0 ? 0 : std::max(significant_length(text, length), 1);
 }
 
-// Whether a text is a word with its upper bytes zeros; no text at all is not, as it orders below.
+// Whether a text is one word, padded; no text at all is not, as it orders below.
 bool is_word(int length) { return length > 0 && length < 8; }
 
 int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
 
-// Compares characters as signed codes from the top; for digits alone, words do the same faster.
-int compare_texts(const char* x, int x_length, const char* y, int y_length, bool foreign) {
-  if (!foreign && is_word(x_length) && is_word(y_length)) {
-    return compare_words(load_tail(x, x_length), load_tail(y, y_length));
+// Compares magnitudes of digits.
+int compare_plain(const bignum& a, const bignum& b) {
+  if (is_word(a.length) && is_word(b.length)) {
+    return compare_words(load_padded(a.vlstr), load_padded(b.vlstr));
   }
+  return compare_significant(a.vlstr, top_length(a.vlstr, a.length), b.vlstr,
+                             top_length(b.vlstr, b.length));
+}
+
+// Compares characters as signed codes from the top.
+int compare_texts(const char* x, int x_length, const char* y, int y_length) {
   x_length = top_length(x, x_length);
   y_length = top_length(y, y_length);
-  if (!foreign) return compare_significant(x, x_length, y, y_length);
   if (x_length != y_length) return x_length < y_length ? -1 : 1;
   for (int i = x_length - 1; i >= 0; --i) {
     const auto a = static_cast<signed char>(x[i]);
@@ -45,12 +50,15 @@ int compare_texts(const char* x, int x_length, const char* y, int y_length, bool
   return 0;
 }
 
+[[gnu::cold, gnu::noinline]] int compare_foreign(const bignum& a, const bignum& b) {
+  return compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length());
+}
+
 int compare_values(const bignum& a, const bignum& b) {
-  if (a.negative != 0 && b.negative == 0) return -1;
-  if (a.negative == 0 && b.negative != 0) return 1;
-  const bool foreign = !a.plain || !b.plain;
-  const int order = compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length(), foreign);
-  return a.negative != 0 ? -order : order;
+  if ((a.negative != 0) != (b.negative != 0)) return a.negative != 0 ? -1 : 1;
+  const bignum& x = a.negative != 0 ? b : a;
+  const bignum& y = a.negative != 0 ? a : b;
+  return x.plain && y.plain ? compare_plain(x, y) : compare_foreign(x, y);
 }
 
 // Writes |a| + |b| into sum and returns its length; the sum is not ended.
@@ -65,13 +73,13 @@ int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
 // the smaller.
 bool digit_difference(bignum& difference, const bignum& a, const bignum& b) {
   if (is_word(a.length) && is_word(b.length)) {
-    const std::uint64_t x = load_tail(a.vlstr, a.length);
-    const std::uint64_t y = load_tail(b.vlstr, b.length);
+    const std::uint64_t x = load_padded(a.vlstr);
+    const std::uint64_t y = load_padded(b.vlstr);
     store_word(difference.vlstr, to_ascii(x < y ? y - x : x - y));
     difference.finish(std::max(a.length, b.length), x < y ? 1 : 0);
     return x < y;
   }
-  const bool swapped = compare_texts(a.vlstr, a.length, b.vlstr, b.length, false) < 0;
+  const bool swapped = compare_plain(a, b) < 0;
   const bignum& upper = swapped ? b : a;
   const bignum& lower = swapped ? a : b;
   const int n = std::max(a.length, b.length);
@@ -97,7 +105,7 @@ bignum cleaned(const bignum& b) {
 int compare_digits(const char* x, const char* y) {
   if (x == nullptr || y == nullptr) return 0;
   const auto length = [](const char* text) { return static_cast<int>(std::strlen(text)); };
-  return compare_texts(x, length(x), y, length(y), true);
+  return compare_texts(x, length(x), y, length(y));
 }
 
 int compare_signed(const char* x, int x_negative, const char* y, int y_negative) {
@@ -119,7 +127,10 @@ bool bignum::operator<=(const bignum& b) const { return compare_values(*this, b)
 bool bignum::operator>=(const bignum& b) const { return compare_values(*this, b) >= 0; }
 
 bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
-  if (!plain || !b.plain) return add_foreign(b, b_negative);
+  return plain && b.plain ? add_plain(b, b_negative) : add_foreign(b, b_negative);
+}
+
+bignum bignum::add_plain(const bignum& b, std::int16_t b_negative) {
   bignum result;
   if ((negative != 0) == (b_negative != 0)) {
     const int n = digit_sum(result, *this, b);
@@ -136,7 +147,7 @@ bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
 
 bignum bignum::add_foreign(const bignum& b, std::int16_t b_negative) {
   bignum a = cleaned(*this);
-  bignum result = a.add_signed(cleaned(b), b_negative);
+  bignum result = a.add_plain(cleaned(b), b_negative);
   negative = a.negative;
   return result;
 }

@@ -7,12 +7,14 @@
 
 #include <cstdint>
 #include <exception>
+#include <utility>
+
+#include "bignum/buffers.h"
+#include "bignum/digit_text.h"
+#include "support/line_marker.h"
+#include "support/text.h"
 
 namespace omrel {
-
-// Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
-// characters is refused.
-constexpr int MAX_DIGITS = 6500;
 
 // Decimal places of a fixed-point number.
 constexpr int FIXED_PLACES = 18;
@@ -219,19 +221,52 @@ class bignum {
   // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
   int text_length() const;
 
-  char* vlstr;            // the digits, least significant first, then a NUL; owned
+  char* vlstr;            // the digits, least significant first, padded; owned (digit_text.h)
   std::int32_t length;    // characters in vlstr
   std::int16_t negative;  // the sign flag: 1 or 0
   char* remainder_text;   // what the division that made this value left over, or null; owned
   bool plain = true;      // whether vlstr is `length` characters, all of them digits
 
  private:
-  [[gnu::noinline]] void read_long(const char* text);
+  [[gnu::noinline]] void read(const char* text);
+  [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
   void write_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
+  bignum add_plain(const bignum& b, std::int16_t b_negative);
   [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
   void keep_remainder(const bignum& r);
 };
+
+// Here, since every call makes and releases a few values.
+inline bignum::bignum() : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
+  store_word(vlstr, 0);
+}
+
+inline bignum::bignum(bignum&& b) noexcept
+    : vlstr(std::exchange(b.vlstr, nullptr)),
+      length(std::exchange(b.length, 0)),
+      negative(std::exchange(b.negative, std::int16_t{0})),
+      remainder_text(std::exchange(b.remainder_text, nullptr)),
+      plain(b.plain) {}
+
+inline bignum::~bignum() {
+  mark_line();
+  release_digits(std::exchange(vlstr, nullptr));
+  if (remainder_text != nullptr) free_and_null(&remainder_text);
+  length = 0;
+  negative = 0;
+}
+
+inline void bignum::finish(int digit_count, std::int16_t sign) {
+  if (digit_count >= MAX_DIGITS) overflow();
+  // In one store with the last digits, which are read next as one word.
+  const auto n = static_cast<unsigned>(digit_count);
+  char* last = vlstr + (n & ~7U);
+  store_word(last, load_few(last, static_cast<int>(n & 7U)));
+  length = digit_count;
+  negative = sign;
+  plain = true;
+}
 
 // A value's digits as arithmetic reads them: a foreign character counts as the digit 0.
 class Digits {

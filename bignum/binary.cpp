@@ -328,8 +328,8 @@ bignum bignum::mul2() const {
   const Digits digits(*this);
   bignum result;
   const int n = significant_length(digits.text, digits.length);
-  if (n == 0) return bignum(0);
-  result.finish(n + add_digits(result.vlstr, digits.text, n, digits.text, n), 0);
+  const int sum_length = n + add_digits(result.vlstr, digits.text, n, digits.text, n);
+  result.finish(std::max(sum_length, 1), 0);
   return result;
 }
 

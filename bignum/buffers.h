@@ -1,9 +1,11 @@
 // Digit buffers: the memory behind every bignum, kept for reuse in a short list.
 #pragma once
 
-#include "bignum/bignum.h"
-
 namespace omrel {
+
+// Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
+// characters is refused.
+constexpr int MAX_DIGITS = 6500;
 
 // What a digit buffer has beyond its 6,501 bytes, so that a kernel may work in whole words on the
 // last digits of a text: a word that starts inside the text ends inside the buffer.

@@ -8,15 +8,9 @@
 namespace omrel {
 
 bool load_short(std::uint64_t& magnitude, const bignum& b) {
-  if (b.length < 8 && b.plain) {
-    magnitude = number_of(load_few(b.vlstr, b.length));
-    return true;
-  }
-  const int length = significant_length(b.vlstr, b.length);
+  const int length = b.length < 8 ? b.length : significant_length(b.vlstr, b.length);
   if (length > SHORT_DIGITS || !b.plain) return false;
-  const auto eight_at = [&](int i) {
-    return number_of(length >= i + 8 ? load_word(b.vlstr + i) : load_few(b.vlstr + i, length - i));
-  };
+  const auto eight_at = [&](int i) { return number_of(load_word(b.vlstr + i)); };
   magnitude = eight_at(0);
   if (length > 8) magnitude += eight_at(8) * LIMB_BASE;
   if (length > 16) magnitude += eight_at(16) * (LIMB_BASE * LIMB_BASE);

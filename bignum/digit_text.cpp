@@ -15,9 +15,38 @@ std::uint64_t load_tail_or_word(const char* text, int count) {
   return count >= 8 ? load_word(text) : load_tail(text, count);
 }
 
-// The eight digits of the text at position i, '0' from its length on.
-std::uint64_t digits_at(const char* text, int i, int length) {
-  return i < length ? load_tail_or_word(text + i, length - i) : ASCII_ZEROS;
+// The sum of two words of digits and a carry, 0 or 1, which becomes the carry out.
+std::uint64_t add_words(std::uint64_t x, std::uint64_t y, std::uint64_t& carry) {
+  const std::uint64_t a = x + CARRY_BIAS + carry;  // each byte is at most 0xD0: none overflows
+  const std::uint64_t total = a + y;
+  carry = total < a ? 1 : 0;
+  return to_ascii(total);
+}
+
+// Ends a sum: the carry out of its highest digit stands behind it, and is returned.
+int end_sum(char* sum, int length, std::uint64_t last_word, std::uint64_t carry) {
+  // A text that does not fill its last word carries into the word's next digit.
+  const int used = length & 7;
+  if (used != 0) return static_cast<int>((last_word >> (8 * used)) & 1);
+  sum[length] = static_cast<char>('0' + carry);
+  return static_cast<int>(carry);
+}
+
+// Copies the digits from position i on, unless they are there already.
+void copy_rest(char* to, const char* from, int i, int length) {
+  if (to != from) std::memcpy(to + i, from + i, static_cast<std::size_t>(length - i));
+}
+
+// Goes on with a sum from position i, where one of its texts has ended.
+[[gnu::noinline]] int add_carry(char* sum, const char* x, int i, int length, std::uint64_t carry) {
+  std::uint64_t last = 0;
+  for (; i < length && carry != 0; i += 8) {
+    last = add_words(load_padded(x + i), ASCII_ZEROS, carry);
+    store_word(sum + i, last);
+  }
+  if (i >= length) return end_sum(sum, length, last, carry);
+  copy_rest(sum, x, i, length);
+  return 0;
 }
 
 }  // namespace
@@ -34,20 +63,16 @@ char* write_number(char* text, std::uint64_t number) {
   return text;
 }
 
-bool reverse_long_text(char* buffer, const char* text, int n) {
+std::uint64_t reverse_words(char* buffer, const char* text, int n) {
   std::uint64_t marks = 0;
-  int i = 0;
-#pragma GCC unroll 2
-  for (; i + 8 <= n; i += 8) {
-    const std::uint64_t word = reversed(load_word(text + n - i - 8));
-    marks |= foreign_marks(word);
-    store_word(buffer + i, word);
+  const char* end = text + n;
+  const char* first_pair = text + n % 16;
+  for (; end != first_pair; end -= 16, buffer += 16) {
+    marks |= reverse_word(buffer, end - 8);
+    marks |= reverse_word(buffer + 8, end - 16);
   }
-  // The rest, without those of its word that are there already.
-  const std::uint64_t word = reversed(load_word(text));
-  marks |= foreign_marks(word);
-  store_word(buffer + i, i == n ? 0 : word >> (8 * (8 - (n - i))));
-  return are_digits(marks);
+  if (end != text) marks |= reverse_word(buffer, text);
+  return marks;
 }
 
 void reverse_from_buffer(char* text, const char* buffer, int n) {
@@ -91,23 +116,18 @@ int compare_significant(const char* x, int x_length, const char* y, int y_length
 
 int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
   std::uint64_t carry = 0;
-  std::uint64_t ascii = 0;
-  // 0 <= carry <= 1; each byte of x + bias is at most 0xCF, so adding the carry overflows none.
-  const auto add_word = [&](int i, std::uint64_t x_word, std::uint64_t y_word) {
-    const std::uint64_t a = x_word + CARRY_BIAS + carry;
-    const std::uint64_t total = a + y_word;
-    carry = total < a ? 1 : 0;
-    ascii = to_ascii(total);
-    store_word(sum + i, ascii);
-  };
+  std::uint64_t last = 0;
   int i = 0;
-  for (; i + 8 <= y_length; i += 8) add_word(i, load_word(x + i), load_word(y + i));
-  for (; i < x_length; i += 8) add_word(i, digits_at(x, i, x_length), digits_at(y, i, y_length));
-  // A text that does not fill its last word carries into the word's next digit.
-  const int used = x_length % 8;
-  if (used != 0) return static_cast<int>((ascii >> (8 * used)) & 1);
-  sum[x_length] = static_cast<char>('0' + carry);
-  return static_cast<int>(carry);
+  for (; i + 8 <= y_length; i += 8) {
+    last = add_words(load_word(x + i), load_word(y + i), carry);
+    store_word(sum + i, last);
+  }
+  if (i < y_length) {
+    last = add_words(load_padded(x + i), load_padded(y + i), carry);
+    store_word(sum + i, last);
+    i += 8;
+  }
+  return i < x_length ? add_carry(sum, x, i, x_length, carry) : end_sum(sum, x_length, last, carry);
 }
 
 void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length) {
@@ -117,13 +137,17 @@ void subtract_digits(char* difference, const char* x, int x_length, const char* 
     borrow = x_word < b ? 1 : 0;
     store_word(difference + i, to_ascii(x_word - b));
   };
+  const int both = std::min(x_length, y_length);
   int i = 0;
-  for (const int both = x_length < y_length ? x_length : y_length; i + 8 <= both; i += 8) {
-    subtract_word(i, load_word(x + i), load_word(y + i));
+  for (; i + 8 <= both; i += 8) subtract_word(i, load_word(x + i), load_word(y + i));
+  if (i < both) {
+    subtract_word(i, load_padded(x + i), load_padded(y + i));
+    i += 8;
   }
-  for (; i < x_length; i += 8) {
-    subtract_word(i, digits_at(x, i, x_length), digits_at(y, i, y_length));
+  for (; i < x_length && borrow != 0; i += 8) {
+    subtract_word(i, load_padded(x + i), ASCII_ZEROS);
   }
+  if (i < x_length) copy_rest(difference, x, i, x_length);
 }
 
 int halve_long_digits(char* half, const char* x, int length) {
@@ -132,7 +156,7 @@ int halve_long_digits(char* half, const char* x, int length) {
     const auto above = static_cast<std::uint64_t>(x[i + 8] & 1);
     store_word(half + i, half_of_word(load_word(x + i), above));
   }
-  store_word(half + i, half_of_word(digits_at(x, i, length), 0));
+  store_word(half + i, half_of_word(load_padded(x + i), 0));
   return significant_length(half, length);
 }
 

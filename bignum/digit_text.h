@@ -6,7 +6,8 @@
 // 0x105 leaves 5 and carries 1 into the next digit.
 //
 // Lengths count digits. Texts passed here hold digits only. Kernels may read and write up to
-// eight bytes past the end of a text that lies in a digit buffer, which has the room.
+// eight bytes past the end of a text that lies in a digit buffer, which has the room. The text of
+// a value is padded: from its end to the end of that word of the buffer there are NULs.
 #pragma once
 
 #include <cstddef>
@@ -37,6 +38,9 @@ inline std::uint64_t load_tail(const char* text, int count) {
   return load_few(text, count) | (ASCII_ZEROS << (8 * count));
 }
 
+// Eight digits of a padded text, '0' behind its end.
+inline std::uint64_t load_padded(const char* text) { return load_word(text) | ASCII_ZEROS; }
+
 // A word whose bytes have their high bits set where the given word's are foreign or follow (in
 // memory) a foreign one; so for digits alone, and only then, none is set.
 inline std::uint64_t foreign_marks(std::uint64_t word) {
@@ -46,8 +50,8 @@ inline std::uint64_t foreign_marks(std::uint64_t word) {
 
 inline bool are_digits(std::uint64_t marks) { return (marks & 0x8080808080808080) == 0; }
 
-// The number that eight digits stand for: digits, then pairs, then fours. A product by 10^k + 2^f
-// holds x + 10^k y in the field of y, for neighbours x and y in fields of f bits.
+// The number that eight digits or NULs stand for: digits, then pairs, then fours. A product by 10^k
+// + 2^f holds x + 10^k y in the field of y, for neighbours x and y in fields of f bits.
 inline std::uint64_t number_of(std::uint64_t word) {
   word &= 0x0F0F0F0F0F0F0F0F;
   word = (word * ((1 << 8) + 10) >> 8) & 0x00FF00FF00FF00FF;
@@ -73,20 +77,35 @@ inline std::uint64_t word_of_pair(std::uint64_t number) {
   return (number + ((number * 103) >> 10) * ((1 << 8) - 10)) | ASCII_ZEROS;
 }
 
-// As reverse_into_buffer for n >= 8.
-bool reverse_long_text(char* buffer, const char* text, int n);
-
-// Copies n characters in reverse order and ends them with a NUL. The source is read within its n
-// characters; the destination may be written up to eight bytes further. Returns whether all are
-// digits.
-//
-// The last word and the NUL are one store, so that reading the word again does not wait for two.
-inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
-  if (n >= 8) return reverse_long_text(buffer, text, n);
-  std::uint64_t word = 0;
-  for (int i = 0; i < n; ++i) word = (word << 8) | static_cast<unsigned char>(text[i]);
+// Copies eight characters in reverse order and returns what foreign_marks makes of them.
+inline std::uint64_t reverse_word(char* buffer, const char* text) {
+  const std::uint64_t word = __builtin_bswap64(load_word(text));
   store_word(buffer, word);
-  return are_digits(foreign_marks(word | (ASCII_ZEROS << (8 * n))));
+  return foreign_marks(word);
+}
+
+// The same for n characters, a multiple of eight.
+[[gnu::noinline]] std::uint64_t reverse_words(char* buffer, const char* text, int n);
+
+// Copies n characters in reverse order and pads them. The source is read within its n characters;
+// the destination may be written up to eight bytes further. Returns whether all are digits.
+//
+// The last word and the NULs are one store, so that reading the word again does not wait for two.
+inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
+  const int rest = n & 7;
+  if (n < 8) {
+    std::uint64_t word = 0;
+    for (int i = 0; i < n; ++i) word = (word << 8) | static_cast<unsigned char>(text[i]);
+    store_word(buffer, word);
+    return are_digits(foreign_marks(word | (ASCII_ZEROS << (8 * n))));
+  }
+  // First the highest word, without those of its characters that come with the others; by two
+  // shifts, since one by 64 bits is not defined.
+  const std::uint64_t top = __builtin_bswap64(load_word(text));
+  store_word(buffer + n - rest, top >> (4 * (8 - rest)) >> (4 * (8 - rest)));
+  const std::uint64_t marks =
+      n < 16 ? reverse_word(buffer, text + rest) : reverse_words(buffer, text + rest, n - rest);
+  return are_digits(foreign_marks(top) | marks);
 }
 
 // Copies fewer than eight characters of a digit buffer in reverse order and ends them with a NUL;
@@ -124,18 +143,17 @@ constexpr std::uint64_t CARRY_BIAS = 0x9696969696969696;
 // As add_digits for any length.
 int add_long_digits(char* sum, const char* x, int x_length, const char* y, int y_length);
 
-// Writes x + y, x_length >= y_length digits, and a final carry behind them; returns that carry. The
-// destination may be x or y.
+// Writes x + y, x_length >= y_length digits of padded texts, and a final carry behind them; returns
+// that carry. The destination may be x or y.
 inline int add_digits(char* sum, const char* x, int x_length, const char* y, int y_length) {
   if (x_length >= 8) return add_long_digits(sum, x, x_length, y, y_length);
-  const std::uint64_t total =
-      to_ascii(load_tail(x, x_length) + CARRY_BIAS + load_tail(y, y_length));
+  const std::uint64_t total = to_ascii(load_padded(x) + CARRY_BIAS + load_padded(y));
   store_word(sum, total);
   return static_cast<int>((total >> (8 * x_length)) & 1);
 }
 
-// Writes x - y for x >= y, as many digits as x has; y may have more, then zeros. The destination
-// may be x.
+// Writes x - y for x >= y, padded texts, as many digits as x has; y may have more, then zeros. The
+// destination may be x.
 void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
 
 // As halve_digits for any length.
@@ -150,10 +168,10 @@ inline std::uint64_t half_of_word(std::uint64_t word, std::uint64_t above) {
   return ((digits - odd) >> 1) + next_odd * 5 + ASCII_ZEROS;
 }
 
-// Writes half of x, truncated, and returns the significant length.
+// Writes half of a padded text, truncated, and returns the significant length.
 inline int halve_digits(char* half, const char* x, int length) {
   if (length >= 8) return halve_long_digits(half, x, length);
-  store_word(half, half_of_word(load_tail(x, length), 0));
+  store_word(half, half_of_word(load_padded(x), 0));
   return significant_length(half, length);
 }
 

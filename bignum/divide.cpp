@@ -11,6 +11,7 @@
 //
 // "Equals" is the signed comparison. All else is long division of the magnitudes, which leaves the
 // remainder of the magnitudes; while the debug switch is on, the search that shows its steps.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -248,8 +249,7 @@ bignum bignum::div2() const {
   const Digits digits(*this);
   bignum result;
   const int n = halve_digits(result.vlstr, digits.text, digits.length);
-  if (n == 0) return bignum(0);
-  result.finish(n, 0);
+  result.finish(std::max(n, 1), 0);
   return result;
 }
 

@@ -67,8 +67,9 @@ bignum bignum::shift_digits(int n) {
   if (n < MAX_DIGITS - length) {
     std::memmove(vlstr + n, vlstr, static_cast<std::size_t>(length));
     std::memset(vlstr, '0', static_cast<std::size_t>(n));
-    length += n;
-    vlstr[length] = '\0';
+    const bool was_plain = plain;
+    finish(length + n, negative);
+    plain = was_plain;
   }
   return *this;
 }

@@ -25,6 +25,15 @@ char* owned_copy(const char* text) {
   return copy_text_n(copy, text, length);
 }
 
+// Copies a text of one buffer to another, whole words.
+void copy_padded(char* buffer, const char* text, int length) {
+  std::memcpy(buffer, text, static_cast<std::size_t>(length / 8 * 8 + 8));
+}
+
+std::uint64_t byte(char c) { return static_cast<unsigned char>(c); }
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
 // Writes the decimal digits of a magnitude, least significant first; 0 has one digit.
 int digits_of(char* digits, unsigned long magnitude) {
   int count = 0;
@@ -42,40 +51,36 @@ void overflow() {
   fatal_exit("Fatal error in big number constructor", 0);
 }
 
-bignum::bignum() : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
-  vlstr[0] = '\0';
-}
-
 bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
   mark_line();
   if (text == nullptr || *text == '\0') return;
   negative = default_sign;
-  if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
-  // Up to three digits are read in one pass; for more, measuring the text first is faster.
-  std::uint64_t word = 0;
-  int n = 0;
-  for (; n < 4 && static_cast<unsigned char>(text[n] - '0') <= 9; ++n) {
-    word = (word << 8) | static_cast<unsigned char>(text[n]);
-  }
-  if (n == 4 || text[n] != '\0') {
-    read_long(text);
+  // One digit or two take less time than measuring the text.
+  if (is_digit(text[0]) && text[1] == '\0') {
+    store_word(vlstr, byte(text[0]));
+    length = 1;
+  } else if (is_digit(text[0]) && text[2] == '\0' && is_digit(text[1])) {
+    store_word(vlstr, byte(text[0]) << 8 | byte(text[1]));
+    length = 2;
   } else {
-    store_word(vlstr, word);  // its upper bytes are the NUL
-    length = n;
+    read(text);
   }
 }
 
-// Reads a text of any length and any characters, behind its sign.
-void bignum::read_long(const char* text) {
+// Reads a text of any length and any characters.
+void bignum::read(const char* text) {
+  if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
   const std::size_t rest = std::strlen(text);
   if (rest >= MAX_DIGITS) overflow();
   length = static_cast<int>(rest);
   plain = reverse_into_buffer(vlstr, text, length);
-  if (!plain) {
-    const std::size_t point = char_position(text, '.');
-    if (point != 0) length = static_cast<int>(point - 1);
-    plain = reverse_into_buffer(vlstr, text, length);
-  }
+  if (!plain) read_up_to_point(text);
+}
+
+void bignum::read_up_to_point(const char* text) {
+  const std::size_t point = char_position(text, '.');
+  if (point != 0) length = static_cast<int>(point - 1);
+  plain = reverse_into_buffer(vlstr, text, length);
 }
 
 bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
@@ -92,28 +97,13 @@ bignum::bignum(const bignum& b)
       negative(b.negative),
       remainder_text(owned_copy(b.remainder_text)),
       plain(b.plain) {
-  std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b.text_length()) + 1);
-}
-
-bignum::bignum(bignum&& b) noexcept
-    : vlstr(std::exchange(b.vlstr, nullptr)),
-      length(std::exchange(b.length, 0)),
-      negative(std::exchange(b.negative, std::int16_t{0})),
-      remainder_text(std::exchange(b.remainder_text, nullptr)),
-      plain(b.plain) {}
-
-bignum::~bignum() {
-  mark_line();
-  release_digits(std::exchange(vlstr, nullptr));
-  if (remainder_text != nullptr) free_and_null(&remainder_text);
-  length = 0;
-  negative = 0;
+  copy_padded(vlstr, b.vlstr, b.text_length());
 }
 
 bignum bignum::operator=(const bignum& b) {
   if (this != &b) {
     const int b_length = b.text_length();
-    if (b_length > 0) std::memcpy(vlstr, b.vlstr, static_cast<std::size_t>(b_length) + 1);
+    if (b_length > 0) copy_padded(vlstr, b.vlstr, b_length);
     plain = b.plain && (b_length > 0 || text_length() == 0);
     set_remainder(b.remainder_text);
     negative = b.negative;
@@ -128,16 +118,6 @@ void bignum::operator=(bignum&& b) noexcept {
   std::swap(negative, b.negative);
   std::swap(remainder_text, b.remainder_text);
   std::swap(plain, b.plain);
-}
-
-void bignum::finish(int digit_count, std::int16_t sign) {
-  if (digit_count >= MAX_DIGITS) overflow();
-  // In one store with the last digits, which are read next as one word.
-  char* last = vlstr + digit_count / 8 * 8;
-  store_word(last, load_word(last) & ((std::uint64_t{1} << (digit_count % 8 * 8)) - 1));
-  length = digit_count;
-  negative = sign;
-  plain = true;
 }
 
 int bignum::text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
@@ -221,9 +201,10 @@ Digits::Digits(const bignum& b) : text(b.vlstr), length(b.length) {
 
 void Digits::clean() {
   cleaned = acquire_digits();
+  store_word(cleaned + length / 8 * 8, 0);
   for (int i = 0; i < length; ++i) {
     const char c = text[i];
-    cleaned[i] = c >= '0' && c <= '9' ? c : '0';
+    cleaned[i] = is_digit(c) ? c : '0';
   }
   text = cleaned;
 }

@@ -5,13 +5,20 @@
 namespace omrel {
 namespace {
 
+[[gnu::noinline]] int hand_over_long(const Call& call, const bignum& answer, const char* fallback,
+                                     int fallback_code) {
+  const HeapText text(answer.to_string());
+  set_result(call.interp, text == nullptr ? fallback : text.get());
+  return text == nullptr ? fallback_code : 0;
+}
+
 bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
 
 const char* Call::text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
 
-bignum number(const Call& call, int i) { return bignum(call.text(i), 0); }
+bignum number(const Call& call, int i) { return bignum(call.texts[i], 0); }
 
 std::int32_t count_of(const char* text) {
   while (is_space(*text)) ++text;
@@ -32,10 +39,12 @@ AnswerText::AnswerText(const bignum& answer) : text(short_text) {
 }
 
 int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
-  const AnswerText text(answer);
-  const bool made = text.get() != nullptr;
-  set_result(call.interp, made ? text.get() : fallback);
-  return made ? 0 : fallback_code;
+  char short_text[SHORT_TEXT];
+  if (!answer.write_short_text(short_text, sizeof short_text)) {
+    return hand_over_long(call, answer, fallback, fallback_code);
+  }
+  set_result(call.interp, short_text);
+  return 0;
 }
 
 int hand_over(const Call& call, const bignum& answer) { return hand_over(call, answer, "0", 1); }

@@ -37,7 +37,7 @@ class AnswerText {
   const char* text;
 };
 
-// The i-th text as a number; see bignum's constructor from text.
+// The i-th text, which the call has, as a number; see bignum's constructor from text.
 bignum number(const Call& call, int i);
 
 // Reads a count as 32 bits wide atol does: white space, one sign, digits; the value wraps.
