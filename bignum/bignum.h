@@ -157,6 +157,8 @@ class bignum {
   bignum operator%(const bignum& b) const;
   // Returns half the magnitude, truncated; never negative.
   bignum div2() const;
+  // As div2, in place.
+  void halve() { set_to_half(*this); }
 
   // Returns x to the power n: 1 for n = 0, x itself for a negative n.
   // Errors: a power of MAX_DIGITS digits ends the process, at once; so for the next three.
@@ -233,6 +235,7 @@ class bignum {
   void write_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
   bignum add_plain(const bignum& b, std::int16_t b_negative);
+  void set_to_half(const bignum& b);
   [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
   void keep_remainder(const bignum& r);
 };

@@ -300,7 +300,7 @@ bignum bignum::shift_right(std::int32_t n) const {
   if (n > length * 10 / 3) return value_of_short(0, 0);
   if (n <= MAX_STEPS) {
     bignum result = div2();
-    for (int i = 1; i < n; ++i) result = result.div2();
+    for (int i = 1; i < n; ++i) result.halve();
     return result;
   }
   Magnitude x;

@@ -246,11 +246,14 @@ bignum bignum::operator%(const bignum& b) const {
 }
 
 bignum bignum::div2() const {
-  const Digits digits(*this);
-  bignum result;
-  const int n = halve_digits(result.vlstr, digits.text, digits.length);
-  result.finish(std::max(n, 1), 0);
-  return result;
+  bignum half;
+  half.set_to_half(*this);
+  return half;
+}
+
+void bignum::set_to_half(const bignum& b) {
+  const Digits digits(b);
+  finish(std::max(halve_digits(vlstr, digits.text, digits.length), 1), 0);
 }
 
 void bignum::keep_remainder(const bignum& r) {

@@ -58,7 +58,9 @@ int op_decrement(const Call& call) {
 
 int op_halve(const Call& call) {
   mark_line();
-  return answer(call, number(call, 2).div2());
+  bignum a = number(call, 2);
+  a.halve();
+  return answer(call, a);
 }
 
 int op_power_of_two(const Call& call) {
