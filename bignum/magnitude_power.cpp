@@ -1,7 +1,6 @@
 #include "bignum/magnitude_power.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -13,15 +12,22 @@
 namespace omrel {
 namespace {
 
-constexpr Limb MAX_WORD = ~Limb{0};
-constexpr Limb MAX_WORD_ROOT = Limb{1} << 32;
+bool fits(const Magnitude& m) {
+  return m.count() * LIMB_DIGITS < MAX_DIGITS || digit_count(m) < MAX_DIGITS;
+}
 
-bool fits(const Magnitude& m) { return digit_count(m) < MAX_DIGITS; }
-
-// The value of at most two limbs.
-Limb word_of_limbs(const Magnitude& m) {
-  const Limb low = m.count() > 0 ? m.limb()[0] : 0;
-  return m.count() > 1 ? m.limb()[1] * LIMB_BASE + low : low;
+// Raises *now, the base to the power that n has without its lowest bits, to the power n, and
+// returns where that is: each product goes from one of the two magnitudes to the other.
+// `times_base` multiplies *now by the base, and may exchange the two.
+template <class TimesBase>
+const Magnitude* raise(Magnitude* now, Magnitude* next, int n, int bits_left,
+                       const TimesBase& times_base) {
+  while (--bits_left >= 0) {
+    if (!square(*next, *now)) return nullptr;
+    std::swap(now, next);
+    if (((n >> bits_left) & 1) != 0 && !times_base(now, next)) return nullptr;
+  }
+  return fits(*now) ? now : nullptr;
 }
 
 // The product of the numbers from low to high, which is not empty. A few of them make a machine
@@ -94,42 +100,36 @@ void double_index(Magnitude& f, Magnitude& g, bool k_is_odd, bool plus_one) {
 
 }  // namespace
 
-bool power(Magnitude& r, const Magnitude& base, int n) {
-  const Limb word_base = base.count() > 2 ? MAX_WORD : word_of_limbs(base);
-  if (word_base < 2) {
-    r = base;
+WordPower word_power(Limb base, int n) {
+  if (base < 2) return {base, 0};
+  WordPower p = {base, 31 - __builtin_clz(static_cast<unsigned>(n))};
+  for (; p.bits_left > 0; --p.bits_left) {
+    Limb next = 0;
+    if (__builtin_mul_overflow(p.word, p.word, &next)) break;
+    const bool bit_is_set = ((n >> (p.bits_left - 1)) & 1) != 0;
+    if (bit_is_set && __builtin_mul_overflow(next, base, &next)) break;
+    p.word = next;
+  }
+  return p;
+}
+
+const Magnitude* power(Magnitude& r, Magnitude& other, Limb base, int n, const WordPower& begun) {
+  r = Magnitude(begun.word);
+  return raise(&r, &other, n, begun.bits_left, [base](Magnitude* now, Magnitude*) {
+    if (now->count() >= MAX_LIMBS - 1) return false;
+    multiply_add(*now, base, 0);
     return true;
-  }
-  // From the exponent's highest bit down: r = base^(the bits so far), at first in one word.
-  int bit = 30 - __builtin_clz(static_cast<unsigned>(n));
-  const bool base_is_word = word_base < MAX_WORD_ROOT;
-  Limb word = word_base;
-  if (base_is_word) {
-    for (; bit >= 0 && word < MAX_WORD_ROOT; --bit) {
-      if (((n >> bit) & 1) != 0 && word * word >= MAX_WORD / word_base) break;
-      word *= ((n >> bit) & 1) != 0 ? word * word_base : word;
-    }
-  }
-  // Each product goes from one magnitude to the other, the last one to r.
-  const unsigned left = static_cast<unsigned>(n) & ((1U << (bit + 1)) - 1);
-  const int products = bit + 1 + (base_is_word ? 0 : std::popcount(left));
-  Magnitude other;
-  Magnitude* now = products % 2 == 0 ? &r : &other;
-  Magnitude* next = products % 2 == 0 ? &other : &r;
-  *now = base_is_word ? Magnitude(word) : base;
-  for (; bit >= 0; --bit) {
-    if (!square(*next, *now)) return false;
+  });
+}
+
+const Magnitude* power(Magnitude& r, Magnitude& other, const Magnitude& base, int n) {
+  r = base;
+  if (base.count() == 0 || (base.count() == 1 && base.limb()[0] == 1)) return &r;
+  const int bits_left = 31 - __builtin_clz(static_cast<unsigned>(n));
+  return raise(&r, &other, n, bits_left, [&base](Magnitude*& now, Magnitude*& next) {
     std::swap(now, next);
-    if (((n >> bit) & 1) == 0) continue;
-    if (base_is_word) {
-      if (now->count() >= MAX_LIMBS - 1) return false;
-      multiply_add(*now, word_base, 0);
-    } else {
-      if (!multiply(*next, *now, base)) return false;
-      std::swap(now, next);
-    }
-  }
-  return fits(r);
+    return multiply(*now, *next, base);
+  });
 }
 
 bool power_of_two(Magnitude& r, int n) {

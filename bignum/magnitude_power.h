@@ -1,5 +1,5 @@
-// Powers, factorials and Fibonacci numbers of magnitudes. Each returns false when the answer would
-// have MAX_DIGITS digits or more.
+// Powers, factorials and Fibonacci numbers of magnitudes. Functions return false when the answer
+// would have MAX_DIGITS digits or more.
 #pragma once
 
 #include <utility>
@@ -8,8 +8,18 @@
 
 namespace omrel {
 
-// r = base^n, n >= 2.
-bool power(Magnitude& r, const Magnitude& base, int n);
+// The power of a number to the highest bits of an exponent, as many as give a machine word, and how
+// many are left.
+struct WordPower {
+  Limb word;
+  int bits_left;
+};
+WordPower word_power(Limb base, int n);
+
+// Computes base^n, n >= 2, in two magnitudes and returns the one that holds it, null where the
+// functions below return false. For any base, and for one below 2^32 that is begun so.
+const Magnitude* power(Magnitude& r, Magnitude& other, const Magnitude& base, int n);
+const Magnitude* power(Magnitude& r, Magnitude& other, Limb base, int n, const WordPower& begun);
 
 // r = 2^n, n >= 0. The largest n is MAX_EXPONENT_OF_TWO.
 constexpr int MAX_EXPONENT_OF_TWO = 21'589;

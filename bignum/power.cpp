@@ -77,34 +77,26 @@ bignum newton_root(const bignum& n) {
 
 constexpr std::int32_t MAX_SHORT_FACTORIAL = 20;
 
-// power = base^n, n >= 1; false when that, or a square on the way, is not below 2^64.
-bool short_pow(std::uint64_t& power, std::uint64_t base, std::int32_t n) {
-  power = base;
-  if (base < 2) return true;
-  power = 1;
-  for (;; n /= 2) {
-    if (n % 2 != 0 && __builtin_mul_overflow(power, base, &power)) return false;
-    if (n == 1) return true;
-    if (__builtin_mul_overflow(base, base, &base)) return false;
-  }
-}
-
 }  // namespace
 
 bignum bignum::pow(const bignum& x, std::int32_t n) {
   if (n == 0) return value_of_short(1, 0);
   if (n <= 1) return x;
   const std::int16_t sign = x.negative != 0 && n % 2 != 0 ? 1 : 0;
-  std::uint64_t short_base = 0;
-  std::uint64_t short_power = 0;
-  if (load_short(short_base, x) && short_pow(short_power, short_base, n)) {
-    return value_of_short(short_power, sign);
+  constexpr std::uint64_t MAX_SHORT_BASE = std::uint64_t{1} << 32;
+  Magnitude scratch[2];
+  const Magnitude* result = nullptr;
+  if (std::uint64_t base = 0; load_short(base, x) && base < MAX_SHORT_BASE) {
+    const WordPower begun = word_power(base, n);
+    if (begun.bits_left == 0) return value_of_short(begun.word, sign);
+    result = power(scratch[0], scratch[1], base, n, begun);
+  } else {
+    Magnitude long_base;
+    load(long_base, x);
+    result = power(scratch[0], scratch[1], long_base, n);
   }
-  Magnitude base;
-  Magnitude r;
-  load(base, x, 0);
-  if (!power(r, base, n)) overflow();
-  return value_of(r, sign);
+  if (result == nullptr) overflow();
+  return value_of(*result, sign);
 }
 
 bignum bignum::pow2(const bignum& n) { return pow2(n.negative != 0 ? 0 : clamped(n)); }
