@@ -9,7 +9,9 @@
 #include "bignum/radix.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <utility>
 
 namespace omrel {
 namespace {
@@ -17,6 +19,9 @@ namespace {
 constexpr int LEVELS = 4;  // of joining
 constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
 
+// The two ways. `carry` turns columns into limbs, `carry_settled` those that `settle` has left,
+// which are a little above the base: good enough to go on with, and no carry waits for another
+// there. In front of the columns that are settled there are two zeros.
 struct ToBinary {
   static constexpr int CHUNK = 9;   // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
   static constexpr int CHUNKS = 7;  // steps that make a block
@@ -33,20 +38,20 @@ struct ToBinary {
     for (int i = 0; i < count; ++i) {
       const Limb total = columns[i] + carry;
       carry = total >> BINARY_LIMB_BITS;
-      columns[i] = total & (TARGET - 1);
+      columns[i] = total & MASK;
+    }
+  }
+  static void carry_settled(Limb* limbs, int count) { carry(limbs, count); }
+
+  // Leaves limbs of up to 2^27 + 2^11.
+  static void settle(Limb* __restrict target, const Limb* __restrict columns, int count) {
+    for (int i = 0; i < count; ++i) {
+      target[i] = (columns[i] & MASK) + ((columns[i - 1] >> BINARY_LIMB_BITS) & MASK) +
+                  (columns[i - 2] >> (2 * BINARY_LIMB_BITS));
     }
   }
 
-  // Leaves limbs of up to 2^26 + 2^12: good enough to go on with, and no carry waits for another.
-  static void settle(Limb* target, Limb* columns, int count) {
-    columns[-1] = 0;
-    for (int i = count - 1; i >= 0; --i) {
-      columns[i] = (columns[i] & (TARGET - 1)) + (columns[i - 1] >> BINARY_LIMB_BITS);
-    }
-    for (int i = 0; i < count; ++i) {
-      target[i] = (columns[i] & (TARGET - 1)) + (columns[i - 1] >> BINARY_LIMB_BITS);
-    }
-  }
+  static constexpr Limb MASK = TARGET - 1;
 };
 
 struct ToDecimal {
@@ -61,10 +66,30 @@ struct ToDecimal {
   static constexpr int room(int n) { return n; }
 
   static void carry(Limb* columns, int count) { carry_columns(columns, count); }
-  static void settle(Limb* target, Limb* columns, int count) {
-    carry_columns(columns, count);
-    std::copy_n(columns, count, target);
+  static void carry_settled(Limb* limbs, int count) {
+    Limb carry = 0;
+    for (int i = 0; i < count; ++i) {
+      const Limb total = limbs[i] + carry;
+      carry = total >= TARGET ? 1 : 0;
+      limbs[i] = total - (carry != 0 ? TARGET : 0);
+    }
   }
+
+  // Leaves limbs of up to 10^8 + 2^12.
+  static void settle(Limb* target, const Limb* columns, int count) {
+    Limb sent = 0;
+    Limb sent_again = 0;
+    for (int i = 0; i < count; ++i) {
+      const Limb quotient = columns[i] / TARGET;
+      const Limb received = columns[i] - quotient * TARGET + sent;  // below 2^38
+      const Limb again = Limb{static_cast<std::uint32_t>(received >> 8) / HIGH_FACTOR};
+      target[i] = received - again * TARGET + sent_again;
+      sent = quotient;
+      sent_again = again;
+    }
+  }
+
+  static constexpr std::uint32_t HIGH_FACTOR = 390'625;  // TARGET / 2^8
 };
 
 // A power of the source base: a factor, and whole limbs of the target base behind it.
@@ -136,16 +161,30 @@ struct Powers {
   }
 };
 
-// columns = up to CHUNK source limbs, not carried.
+// columns = COUNT source limbs, room(COUNT) columns, not carried.
+template <class Way, int COUNT>
+void sum_limbs(Limb* columns, const Limb* source, const Powers<Way>& powers) {
+  constexpr int MORE = Powers<Way>::CHUNK_ROOM - Way::CHUNK;
+  // The i-th power has no more limbs than i + 1 + MORE.
+#pragma GCC unroll 16
+  for (int k = 0; k < COUNT + MORE; ++k) {
+    Limb sum = 0;
+#pragma GCC unroll 16
+    for (int i = std::max(k - MORE, 0); i < COUNT; ++i) sum += source[i] * powers.small[i][k];
+    columns[k] = sum;
+  }
+}
+
+// The same for a count up to CHUNK; the columns above are cleared, as far as a chunk has any.
 template <class Way>
 void sum_chunk(Limb* columns, const Limb* source, int count, const Powers<Way>& powers) {
-  constexpr int ROOM = Powers<Way>::CHUNK_ROOM;
-  Limb sum[ROOM] = {};
-  for (int i = 0; i < count; ++i) {
-    // The i-th power has no more limbs than this.
-    for (int k = 0; k <= i + ROOM - Way::CHUNK; ++k) sum[k] += source[i] * powers.small[i][k];
+  using Sum = void (*)(Limb*, const Limb*, const Powers<Way>&);
+  static constexpr auto SUMS = []<int... I>(std::integer_sequence<int, I...>) {
+    return std::array<Sum, sizeof...(I)>{sum_limbs<Way, I + 1>...};
   }
-  std::copy_n(sum, ROOM, columns);
+  (std::make_integer_sequence<int, Way::CHUNK>());
+  std::fill(columns + count, columns + Powers<Way>::CHUNK_ROOM, 0);
+  SUMS[static_cast<unsigned>(count - 1)](columns, source, powers);
 }
 
 // Converts up to BLOCK source limbs, into room(count) limbs; it may write zeros into one more, or
@@ -161,9 +200,10 @@ void convert_block(Limb* target, const Limb* source, int count, const Powers<Way
     return;
   }
   Limb lanes[BLOCK_ROOM + 2 * ROW_PADDING];
-  Limb storage[1 + BLOCK_ROOM + 2 * ROW_PADDING];
+  Limb storage[2 + BLOCK_ROOM + 2 * ROW_PADDING];
   Limb* so_far = lanes + ROW_PADDING;
-  Limb* columns = storage + 1;
+  Limb* columns = storage + 2;
+  columns[-2] = columns[-1] = 0;
   std::fill_n(lanes, Way::room(count) + CHUNK_ROOM + 2 * ROW_PADDING, 0);
   int i = (count - 1) / CHUNK * CHUNK;
   sum_chunk(so_far, source + i, count - i, powers);
@@ -171,7 +211,7 @@ void convert_block(Limb* target, const Limb* source, int count, const Powers<Way
   const Limb* factor = powers.step.factor.padded();
   for (int room = CHUNK_ROOM; i > 0;) {
     i -= CHUNK;
-    sum_chunk(columns, source + i, CHUNK, powers);
+    sum_limbs<Way, CHUNK>(columns, source + i, powers);
     const int wide_room = Way::room(count - i) + CHUNK_ROOM - CHUNK;
     std::fill_n(columns + CHUNK_ROOM, wide_room + ROW_PADDING - CHUNK_ROOM, 0);
     add_rows(columns + powers.step.shift, so_far, room, factor);
@@ -187,8 +227,9 @@ void join(Limb* target, const Limb* low, int room, int wide_room, const Power& p
   const Limb* high = low + room;
   int high_count = room;
   while (high_count > 0 && high[high_count - 1] == 0) --high_count;
-  Limb storage[1 + 2 * MAX_LIMBS + 2 * ROW_PADDING];
-  Limb* columns = storage + 1;
+  Limb storage[2 + 2 * MAX_LIMBS + 2 * ROW_PADDING];
+  Limb* columns = storage + 2;
+  columns[-2] = columns[-1] = 0;
   std::copy_n(low, room, columns);
   std::fill_n(columns + room, wide_room - room + ROW_PADDING, 0);
   add_product(columns + power.shift, power.factor, high, high_count);
@@ -200,10 +241,15 @@ void convert(Magnitude& target, const Magnitude& source) {
   static const Powers<Way> powers;
   constexpr int BLOCK = Powers<Way>::BLOCK;
   if (source.count() <= BLOCK) {
-    convert_block(target.limb(), source.limb(), source.count(), powers);
     const int room = Way::room(source.count());
-    Way::carry(target.limb(), room);
-    target.set_count(room);
+    if (source.count() > Way::CHUNK) {
+      convert_block(target.limb(), source.limb(), source.count(), powers);
+      Way::carry_settled(target.limb(), room);
+    } else if (!source.is_zero()) {
+      sum_chunk(target.limb(), source.limb(), source.count(), powers);
+      Way::carry(target.limb(), room);
+    }
+    target.set_count(source.is_zero() ? 0 : room);
     return;
   }
   Limb work[Way::room(BLOCK) << LEVELS];
@@ -226,7 +272,7 @@ void convert(Magnitude& target, const Magnitude& source) {
   }
   room = std::min(room, MAX_LIMBS);
   std::copy_n(work, room, target.limb());
-  Way::carry(target.limb(), room);
+  Way::carry_settled(target.limb(), room);
   target.set_count(room);
 }
 
