@@ -4,6 +4,7 @@
 // one leaves a bitwise operation with the other: a & b, a | b and a ^ b are all b when a has none
 // (0 when b has none either), and a copy of a when only b has none.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdlib>
@@ -23,7 +24,7 @@ namespace {
 // Shifts by so few bits are doublings and halvings of the text, those by fewer than these a few
 // products by one word.
 constexpr int MAX_STEPS = 4;
-constexpr int MAX_FACTOR_BITS = 32;
+constexpr int MAX_FACTOR_BITS = 37;
 constexpr int MAX_DIVISOR_BITS = 40;
 
 // Powers of five that are below 2^32.
@@ -92,34 +93,58 @@ bool is_lopsided(const bignum& a, const bignum& b) {
   return deciding_digits(std::min(a.length, b.length)) < std::max(a.length, b.length);
 }
 
-// The eight low bits as '0' and '1' characters, the lowest bit last in memory.
-std::uint64_t bit_characters(Limb bits) {
-  const std::uint64_t copies = (bits & 0xFF) * 0x0101010101010101;
-  const std::uint64_t one_each = copies & 0x0102040810204080;  // byte k keeps bit 7 - k
-  return (((one_each + 0x7F7F7F7F7F7F7F7F) >> 7) & 0x0101010101010101) | ASCII_ZEROS;
-}
+// For each value of eight bits, their '0' and '1' characters, the lowest bit last in memory.
+constexpr auto BIT_CHARACTERS = [] {
+  std::array<std::uint64_t, 256> words{};
+  for (unsigned bits = 0; bits < words.size(); ++bits) {
+    for (unsigned i = 0; i < 8; ++i)
+      words[bits] |= std::uint64_t{'0' + (bits >> i & 1)} << (56 - 8 * i);
+  }
+  return words;
+}();
 
 // Writes the `count` low bits of a limb as whole words of characters.
 void write_limb(char* text, Limb limb, int count) {
   for (limb <<= 64 - count; count > 0; count -= 8, text += 8, limb <<= 8) {
-    store_word(text, bit_characters(limb >> 56));
+    store_word(text, BIT_CHARACTERS[limb >> 56]);
   }
+}
+
+// The eight bits at the bottoms of the bytes, the lowest byte's the highest.
+std::uint64_t gathered(std::uint64_t word) {
+  return ((word & 0x0101010101010101) * 0x8040201008040201) >>
+         56;  // byte k to bit 7 - k of the top
 }
 
 // The bits that eight characters stand for, the first one the highest: 1 in a byte that is '1'.
 std::uint64_t bits_of(std::uint64_t characters) {
   constexpr std::uint64_t LOW_SEVEN = 0x7F7F7F7F7F7F7F7F;
   const std::uint64_t other = characters ^ 0x3131313131313131;  // zero where there is a '1'
-  const std::uint64_t ones = ~(((other & LOW_SEVEN) + LOW_SEVEN) | other | LOW_SEVEN) >> 7;
-  return (ones * 0x8040201008040201) >> 56;  // byte k goes to bit 7 - k of the top byte
+  return gathered(~(((other & LOW_SEVEN) + LOW_SEVEN) | other | LOW_SEVEN) >> 7);
 }
 
-// The value of up to 64 characters.
-std::uint64_t bits_at(const char* text, int count) {
+// The value of up to 64 characters; `bits_of_word` reads eight.
+template <class BitsOfWord>
+std::uint64_t bits_at(const char* text, int count, const BitsOfWord& bits_of_word) {
   std::uint64_t bits = 0;
-  for (; count >= 8; count -= 8, text += 8) bits = (bits << 8) | bits_of(load_word(text));
+  for (; count >= 8; count -= 8, text += 8) bits = (bits << 8) | bits_of_word(load_word(text));
   for (; count > 0; --count) bits = 2 * bits + (*text++ == '1' ? 1 : 0);
   return bits;
+}
+
+template <class BitsOfWord>
+void read_bits(Magnitude& binary, const char* first, std::size_t bits,
+               const BitsOfWord& bits_of_word) {
+  constexpr int AT_ONCE = 32;
+  int count = 0;
+  const char* end = first + bits;
+  for (; end - first >= AT_ONCE; end -= BINARY_LIMB_BITS) {
+    binary.limb()[count++] = bits_at(end - AT_ONCE, AT_ONCE, bits_of_word) & LOW_BITS;
+  }
+  const Limb rest = bits_at(first, static_cast<int>(end - first), bits_of_word);
+  binary.limb()[count++] = rest & LOW_BITS;
+  binary.limb()[count++] = rest >> BINARY_LIMB_BITS;
+  binary.set_count(count);
 }
 
 // The largest e with 2^e <= x, x > 0 without leading zeros; one less, perhaps, for an x just above
@@ -169,7 +194,7 @@ char* bignum::inttobin(const bignum& x, const char* prefix) {
   char* text = static_cast<char*>(
       std::malloc(prefix_length + static_cast<std::size_t>(bits) + LIMB_CHARACTERS));
   if (text == nullptr) return nullptr;
-  copy_text_n(text, prefix, prefix_length);
+  std::memcpy(text, prefix, prefix_length);
   write_binary(text + prefix_length, binary, bits);
   return text;
 }
@@ -188,24 +213,15 @@ bignum bignum::bintoint(const char* text) {
   if (first == nullptr) return value_of_short(0, 0);
   const std::size_t bits = std::strlen(first);
   if (bits > MAX_EXPONENT_OF_TWO + 1) overflow();
-  if (bits < 64) return value_of_short(bits_at(first, static_cast<int>(bits)), 0);
+  if (bits < 64) return value_of_short(bits_at(first, static_cast<int>(bits), bits_of), 0);
+  // As a rule there is nothing but '0' and '1', which differ in one bit.
   Magnitude binary;
-  int count = 0;
-  Limb pending = 0;  // bits read from the end of the text and not yet a limb
-  int pending_count = 0;
-  const auto take = [&](Limb more, int more_count) {
-    pending |= more << pending_count;
-    pending_count += more_count;
-    if (pending_count < BINARY_LIMB_BITS) return;
-    binary.limb()[count++] = pending & LOW_BITS;
-    pending >>= BINARY_LIMB_BITS;
-    pending_count -= BINARY_LIMB_BITS;
-  };
-  const char* end = first + bits;
-  for (; end - first >= 8; end -= 8) take(bits_of(load_word(end - 8)), 8);
-  take(bits_at(first, static_cast<int>(end - first)), BINARY_LIMB_BITS - pending_count);
-  if (pending != 0) binary.limb()[count++] = pending;
-  binary.set_count(count);
+  std::uint64_t marks = 0;
+  read_bits(binary, first, bits, [&marks](std::uint64_t characters) {
+    marks |= characters ^ ASCII_ZEROS;
+    return gathered(characters);
+  });
+  if ((marks & 0xFEFEFEFEFEFEFEFE) != 0) read_bits(binary, first, bits, bits_of);
   return value_of_binary(binary);
 }
 

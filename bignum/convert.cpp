@@ -19,24 +19,21 @@ bool load_short(std::uint64_t& magnitude, const bignum& b) {
 
 bignum value_of_short(std::uint64_t magnitude, std::int16_t sign) {
   bignum result;
-  if (magnitude < 10) {
-    store_word(result.vlstr, '0' + magnitude);
-    result.finish(1, sign);
-    return result;
-  }
+  result.negative = sign;
   if (magnitude < 100) {
-    store_word(result.vlstr, word_of_pair(magnitude));
-    result.finish(2, sign);
+    result.length = magnitude < 10 ? 1 : 2;
+    store_word(result.vlstr, magnitude < 10 ? '0' + magnitude : word_of_pair(magnitude) & 0xFFFF);
     return result;
   }
-  int length = 0;
-  for (; magnitude >= LIMB_BASE; magnitude /= LIMB_BASE, length += LIMB_DIGITS) {
-    store_word(result.vlstr + length, word_of(magnitude % LIMB_BASE));
+  for (; magnitude >= LIMB_BASE; magnitude /= LIMB_BASE, result.length += LIMB_DIGITS) {
+    store_word(result.vlstr + result.length, word_of(magnitude % LIMB_BASE));
   }
   const std::uint64_t top = word_of(magnitude);
-  store_word(result.vlstr + length, top);
-  length += LIMB_DIGITS - std::countl_zero(top ^ ASCII_ZEROS) / 8;
-  result.finish(length, sign);
+  const int zero_bits = std::countl_zero(top ^ ASCII_ZEROS) & ~7;
+  char* last = result.vlstr + result.length;
+  store_word(last, top & (~std::uint64_t{0} >> zero_bits));
+  store_word(last + LIMB_DIGITS, 0);
+  result.length += LIMB_DIGITS - zero_bits / 8;
   return result;
 }
 

@@ -58,7 +58,10 @@ int digit_count(const Magnitude& m);
 // -1, 0 or 1 as a is less than, equal to or greater than b.
 int compare(const Magnitude& a, const Magnitude& b);
 
-// a += b; a -= b for b <= a; a /= 2; a = a * m + addend for m and addend below 2^32.
+// What a limb may be multiplied by, and the product carried in one word.
+constexpr Limb MAX_FACTOR = (Limb{1} << 37) - 1;
+
+// a += b; a -= b for b <= a; a /= 2; a = a * m + addend for m and addend up to MAX_FACTOR.
 void add(Magnitude& a, const Magnitude& b);
 void subtract(Magnitude& a, const Magnitude& b);
 void halve(Magnitude& a);

@@ -33,14 +33,13 @@ const Magnitude* raise(Magnitude* now, Magnitude* next, int n, int bits_left,
 // The product of the numbers from low to high, which is not empty. A few of them make a machine
 // word before they are multiplied in; many are multiplied by halves.
 bool product_of_range(Magnitude& r, int low, int high) {
-  constexpr int FEW = 50;
-  constexpr Limb MAX_FACTOR = Limb{1} << 32;
+  constexpr int FEW = 64;
   if (high - low < FEW) {
     r = Magnitude(1);
     Limb factor = 1;
     for (int i = low; i <= high; ++i) {
       const auto number = static_cast<Limb>(i);
-      if (factor * number >= MAX_FACTOR) multiply_add(r, std::exchange(factor, Limb{1}), 0);
+      if (factor * number > MAX_FACTOR) multiply_add(r, std::exchange(factor, Limb{1}), 0);
       factor *= number;
     }
     multiply_add(r, factor, 0);

@@ -17,7 +17,7 @@ struct WordPower {
 WordPower word_power(Limb base, int n);
 
 // Computes base^n, n >= 2, in two magnitudes and returns the one that holds it, null where the
-// functions below return false. For any base, and for one below 2^32 that is begun so.
+// functions below return false. For any base, and for one up to MAX_FACTOR that is begun so.
 const Magnitude* power(Magnitude& r, Magnitude& other, const Magnitude& base, int n);
 const Magnitude* power(Magnitude& r, Magnitude& other, Limb base, int n, const WordPower& begun);
 

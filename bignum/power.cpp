@@ -83,10 +83,9 @@ bignum bignum::pow(const bignum& x, std::int32_t n) {
   if (n == 0) return value_of_short(1, 0);
   if (n <= 1) return x;
   const std::int16_t sign = x.negative != 0 && n % 2 != 0 ? 1 : 0;
-  constexpr std::uint64_t MAX_SHORT_BASE = std::uint64_t{1} << 32;
   Magnitude scratch[2];
   const Magnitude* result = nullptr;
-  if (std::uint64_t base = 0; load_short(base, x) && base < MAX_SHORT_BASE) {
+  if (std::uint64_t base = 0; load_short(base, x) && base <= MAX_FACTOR) {
     const WordPower begun = word_power(base, n);
     if (begun.bits_left == 0) return value_of_short(begun.word, sign);
     result = power(scratch[0], scratch[1], base, n, begun);
