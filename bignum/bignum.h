@@ -5,6 +5,7 @@
 // random generator (random.cpp).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <utility>
@@ -82,6 +83,8 @@ class bignum {
 
   // Returns the value over 10^FIXED_PLACES as to_string does: integer part, '.', and the places.
   char* to_fixed_string() const;
+  // Writes that text; false when it needs more bytes than there is room for.
+  bool write_short_fixed(char* text, std::size_t room) const;
   // Writes the text of a fixed-point number, behind '-' when it is said to be negative.
   static void write_fixed_text(char* text, const FixedPoint& x, bool is_negative);
 
@@ -233,6 +236,7 @@ class bignum {
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
   void write_digits(char* text, int digit_count) const;
+  void write_fixed_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);
   bignum add_plain(const bignum& b, std::int16_t b_negative);
   void set_to_half(const bignum& b);

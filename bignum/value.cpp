@@ -44,6 +44,11 @@ int digits_of(char* digits, unsigned long magnitude) {
   return count;
 }
 
+// Bytes of a fixed-point text: a sign, a digit at least, the point, the places and the NUL.
+std::size_t fixed_text_size(int digit_count) {
+  return static_cast<std::size_t>(std::max(digit_count, FIXED_PLACES + 1)) + 3;
+}
+
 }  // namespace
 
 void overflow() {
@@ -130,22 +135,31 @@ char* bignum::to_string() const {
 }
 
 char* bignum::to_fixed_string() const {
-  constexpr int PLACES = FIXED_PLACES;
   const int digit_count = significant_length(vlstr, text_length());
-  const int whole = std::max(digit_count - PLACES, 0);
-  char* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(whole + PLACES) + 4));
-  if (text == nullptr) return nullptr;
-  char* end = text;
-  if (negative != 0) *end++ = '-';
-  *end = '0';
-  reverse_from_buffer(end, vlstr + PLACES, whole);
-  end += std::max(whole, 1);
-  *end++ = '.';
-  const int written = std::min(digit_count, PLACES);
-  std::memset(end, '0', static_cast<std::size_t>(PLACES - written));
-  reverse_from_buffer(end + PLACES - written, vlstr, written);
-  end[PLACES] = '\0';
+  char* text = static_cast<char*>(std::malloc(fixed_text_size(digit_count)));
+  if (text != nullptr) write_fixed_digits(text, digit_count);
   return text;
+}
+
+bool bignum::write_short_fixed(char* text, std::size_t room) const {
+  const int digit_count = significant_length(vlstr, text_length());
+  if (fixed_text_size(digit_count) > room) return false;
+  write_fixed_digits(text, digit_count);
+  return true;
+}
+
+void bignum::write_fixed_digits(char* text, int digit_count) const {
+  constexpr int PLACES = FIXED_PLACES;
+  const int whole = std::max(digit_count - PLACES, 0);
+  if (negative != 0) *text++ = '-';
+  *text = '0';
+  reverse_from_buffer(text, vlstr + PLACES, whole);
+  text += std::max(whole, 1);
+  *text++ = '.';
+  const int written = std::min(digit_count, PLACES);
+  std::memset(text, '0', static_cast<std::size_t>(PLACES - written));
+  reverse_from_buffer(text + PLACES - written, vlstr, written);
+  text[PLACES] = '\0';
 }
 
 void bignum::write_fixed_text(char* text, const FixedPoint& x, bool is_negative) {

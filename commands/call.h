@@ -21,7 +21,7 @@ struct Call {
 };
 
 // Room for an answer that takes no heap.
-constexpr int SHORT_TEXT = 64;
+constexpr int SHORT_TEXT = 320;
 
 // An answer's text for as long as the host needs it; a short one takes no heap.
 class AnswerText {

@@ -36,6 +36,10 @@ int hand_over_fixed(const Call& call, const bignum& whole, const char* between,
 // Makes a quotient that was scaled by 10^18 the result.
 int hand_over_scaled(const Call& call, bignum& scaled, bool negative) {
   scaled.set_sign(negative ? 1 : 0);
+  if (char short_text[SHORT_TEXT]; scaled.write_short_fixed(short_text, sizeof short_text)) {
+    set_result(call.interp, short_text);
+    return 0;
+  }
   const HeapText text(scaled.to_fixed_string());
   set_result(call.interp, text == nullptr ? "" : text.get());
   return 0;
