@@ -80,14 +80,17 @@ const Limb* Magnitude::padded() const {
 void load(Magnitude& m, const char* digits, int length, int shift) {
   Limb* limb = m.limb();
   for (; shift >= LIMB_DIGITS; shift -= LIMB_DIGITS) *limb++ = 0;
-  int i = 0;
   if (shift > 0 && length > 0) {
     const int first = std::min(LIMB_DIGITS - shift, length);
     *limb++ = number_of(load_few(digits, first) << (8 * shift));
-    i = first;
+    digits += first;
+    length -= first;
   }
-  for (; i + LIMB_DIGITS <= length; i += LIMB_DIGITS) *limb++ = number_of(load_word(digits + i));
-  if (i < length) *limb++ = number_of(load_few(digits + i, length - i));
+  const int whole = length / LIMB_DIGITS;
+  for (int i = 0; i < whole; ++i) limb[i] = number_of(load_word(digits + i * LIMB_DIGITS));
+  limb += whole;
+  const int rest = length % LIMB_DIGITS;
+  if (rest > 0) *limb++ = number_of(load_few(digits + whole * LIMB_DIGITS, rest));
   m.set_count(static_cast<int>(limb - m.limb()));
 }
 
