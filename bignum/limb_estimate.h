@@ -17,10 +17,19 @@ class Estimator {
 
   // The divisor's leading limbs, the top one at least LIMB_BASE / 10.
   void set_divisor(const Limb* top) {
-    per_head =
-        1.0 / (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB));
-    per_next = per_head * PER_LIMB;
-    per_after = per_next * PER_LIMB;
+    set_per_head(
+        1.0 / (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB)));
+  }
+
+  // The same, limb by limb: the top one, then the next one, at most ten times as large. The third
+  // one changes an estimate by no more than 10^-7.
+  void set_top(Limb top) { set_per_head(1.0 / real(top)); }
+  void set_next_to_top(Limb next) {
+    // 1 / (1 + e) is 1 - e + e^2 for an e of 10^-7 at most, without a division.
+    const double x = real(next);
+    const double first_order = per_head * per_next;
+    const double second_order = first_order * per_next;
+    set_per_head(per_head - x * first_order + x * x * second_order);
   }
 
   // What the column after next adds to an estimate, less a bias that exceeds the error.
@@ -75,6 +84,12 @@ class Estimator {
 
  private:
   using SignedLimb = std::int64_t;
+
+  void set_per_head(double reciprocal) {
+    per_head = reciprocal;
+    per_next = per_head * PER_LIMB;
+    per_after = per_next * PER_LIMB;
+  }
 
   static constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
   static constexpr double BIAS = 2e-6;

@@ -61,7 +61,7 @@ class LimbRoot {
     head = (leading - x * x) * LIMB_BASE + (next >= 0 ? 0 - columns()[next] : 0);
     for (int s = 0; s < Estimator::TOP; ++s) top[s] = 0;
     top[0] = 2 * x;
-    estimator.set_divisor(top);
+    estimator.set_top(top[0]);
     ratio = estimator.ratio(head, 0);
   }
 
@@ -71,18 +71,18 @@ class LimbRoot {
     const Limb* near = columns() + p + limb_count - 2;
     double x_and_more = estimator.first_quotient(head, 0 - near[0], 0 - near[-1]);
     if (p == limb_count - 2) {
-      // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself.
-      x_and_more /= 1 + estimator.part_of_divisor(x_and_more);
+      // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself. The
+      // quotient by 1 + t is x - x t, but for 10^-6.
+      x_and_more -= x_and_more * estimator.part_of_divisor(x_and_more);
     }
     const Limb x = Estimator::whole(x_and_more);
     for (int i = p + 1; i < limb_count; ++i) columns()[p + i] += twice()[i] * x;
     columns()[2 * p] += x * x;
     head = (head - x * top[0]) * LIMB_BASE - near[0];
     twice()[p] = 2 * x;
-    if (limb_count - 1 - p < Estimator::TOP) {
-      top[limb_count - 1 - p] = 2 * x;
-      estimator.set_divisor(top);
-    }
+    const int place = limb_count - 1 - p;
+    if (place < Estimator::TOP) top[place] = 2 * x;
+    if (place == 1) estimator.set_next_to_top(top[1]);
     ratio = estimator.ratio(head, 0 - near[-1]);
   }
 
