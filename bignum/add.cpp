@@ -26,15 +26,11 @@ int top_length(const char* text, int length) {
 // Whether a text is one word, padded; no text at all is not, as it orders below.
 bool is_word(int length) { return length > 0 && length < 8; }
 
-int compare_words(std::uint64_t x, std::uint64_t y) { return x == y ? 0 : x < y ? -1 : 1; }
-
 // Compares magnitudes of digits.
 int compare_plain(const bignum& a, const bignum& b) {
-  if (is_word(a.length) && is_word(b.length)) {
-    return compare_words(load_padded(a.vlstr), load_padded(b.vlstr));
-  }
-  return compare_significant(a.vlstr, top_length(a.vlstr, a.length), b.vlstr,
-                             top_length(b.vlstr, b.length));
+  return a.length == b.length ? compare_padded(a.vlstr, b.vlstr, a.length)
+                              : compare_significant(a.vlstr, top_length(a.vlstr, a.length), b.vlstr,
+                                                    top_length(b.vlstr, b.length));
 }
 
 // Compares characters as signed codes from the top.

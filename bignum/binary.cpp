@@ -356,7 +356,16 @@ bignum bignum::div10() {
 
 void bignum::drop_digit() {
   const int n = text_length();
-  std::memmove(vlstr, vlstr + 1, static_cast<std::size_t>(n));
+  if (n < 64) {
+    // Words are read where they were stored, so that no load waits for two stores.
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+      store_word(vlstr + i, (load_word(vlstr + i) >> 8) | (load_word(vlstr + i + 8) << 56));
+    }
+    store_word(vlstr + i, load_word(vlstr + i) >> 8);
+  } else {
+    std::memmove(vlstr, vlstr + 1, static_cast<std::size_t>(n));
+  }
   length = std::max(n - 1, 0);
 }
 

@@ -99,6 +99,16 @@ int length_without_zeros(const char* text, int length) {
   return top == 0 ? 0 : first + 8 - std::countl_zero(top) / 8;
 }
 
+int compare_padded(const char* x, const char* y, int length) {
+  // From the top; the highest digit of a word is in its highest byte, below NULs.
+  for (int i = (length - 1) & ~7; i >= 0; i -= 8) {
+    const std::uint64_t a = load_word(x + i);
+    const std::uint64_t b = load_word(y + i);
+    if (a != b) return a < b ? -1 : 1;
+  }
+  return 0;
+}
+
 int compare_significant(const char* x, int x_length, const char* y, int y_length) {
   if (x_length != y_length) return x_length < y_length ? -1 : 1;
   if (x_length == 0) return 0;

@@ -17,8 +17,8 @@ class Estimator {
 
   // The divisor's leading limbs, the top one at least LIMB_BASE / 10.
   void set_divisor(const Limb* top) {
-    set_per_head(
-        1.0 / (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB)));
+    set_per_head(1.0 /
+                 (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB)));
   }
 
   // The same, limb by limb: the top one, then the next one, at most ten times as large. The third
