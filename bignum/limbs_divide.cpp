@@ -43,20 +43,22 @@ class LongDivision {
     head = a.limb()[a.count() - 1];
   }
 
-  // Finds all quotient limbs; rows below column `cut` are left out.
+  // Finds all quotient limbs; rows below column `cut` are left out, and those of the last limbs.
   void run(int cut) {
-    for (int j = (position_count - 1) / ROWS * ROWS; j >= 0; j -= ROWS) {
+    for (int j = (position_count - 1) / ROWS * ROWS;; j -= ROWS) {
       find_limbs(j);
-      const int skipped = std::clamp(cut - j, 0, d.count());
-      add_rows(columns() + j + skipped, lanes + skipped, d.count() - skipped, q.limb() + j);
+      if (j == 0) return;
+      add_group(j, std::clamp(cut - j, 0, d.count()));
     }
   }
 
   // Whether the remainder is certainly below the divisor.
   bool is_settled() const { return ratio < 1; }
 
-  // Turns the columns into the remainder, below twice the divisor.
-  void remainder(Magnitude& r) const {
+  // Turns the columns into the remainder, below twice the divisor, when no rows have been left out
+  // but those of the last limbs.
+  void remainder(Magnitude& r) {
+    add_group(0, 0);
     constexpr Limb OFFSET = Limb{1} << 37;  // OFFSET * LIMB_BASE is above any column's magnitude
     const int count = std::min(d.count() + 1, MAX_LIMBS);
     Limb carry = 0;
@@ -82,8 +84,12 @@ class LongDivision {
     ratio = estimator.ratio(head, near[count]);
   }
 
+  // Adds the rows of the limbs from position j up, without the divisor's lowest `skipped` limbs.
+  void add_group(int j, int skipped) {
+    add_rows(columns() + j + skipped, lanes + skipped, d.count() - skipped, q.limb() + j);
+  }
+
   Limb* columns() { return storage + ROW_PADDING; }
-  const Limb* columns() const { return storage + ROW_PADDING; }
 
   Magnitude& q;
   const Magnitude& d;
