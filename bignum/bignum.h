@@ -258,8 +258,8 @@ inline bignum::bignum(bignum&& b) noexcept
 
 inline bignum::~bignum() {
   mark_line();
-  release_digits(std::exchange(vlstr, nullptr));
   if (remainder_text != nullptr) free_and_null(&remainder_text);
+  release_digits(std::exchange(vlstr, nullptr));
   length = 0;
   negative = 0;
 }

@@ -1,6 +1,8 @@
 // Digit buffers: the memory behind every bignum, kept for reuse in a short list.
 #pragma once
 
+#include <cstddef>
+
 namespace omrel {
 
 // Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
@@ -16,10 +18,10 @@ constexpr int BUFFER_BYTES = MAX_DIGITS + 1 + BUFFER_SLACK;
 // three to five values. What is beyond the bound goes back to the heap at once, and the rest when
 // the library is unloaded.
 struct FreeBuffers {
-  static constexpr int MAX_KEPT = 12;
+  static constexpr std::size_t MAX_KEPT = 12;
 
   char* kept[MAX_KEPT];
-  int count = 0;
+  std::size_t count = 0;
 
   ~FreeBuffers();
 };

@@ -75,21 +75,14 @@ std::uint64_t reverse_words(char* buffer, const char* text, int n) {
   return marks;
 }
 
-void reverse_from_buffer(char* text, const char* buffer, int n) {
-  if (n < 8) {
-    while (n > 0) *text++ = buffer[--n];
-    return;
+void reverse_words_from_buffer(char* text, const char* buffer, int n) {
+  const char* end = buffer + n;
+  const char* first_pair = buffer + n % 16;
+  for (; end != first_pair; end -= 16, text += 16) {
+    store_word(text, reversed(load_word(end - 8)));
+    store_word(text + 8, reversed(load_word(end - 16)));
   }
-  // Words are read where they were stored, so that no load waits for two stores. What is written
-  // behind the highest digits is overwritten.
-  const int rest = n % 8;
-  n -= rest;
-  reverse_few_from_buffer(text, buffer + n, rest);
-#pragma GCC unroll 2
-  for (text += rest; n > 0; text += 8) {
-    n -= 8;
-    store_word(text, reversed(load_word(buffer + n)));
-  }
+  if (end != buffer) store_word(text, reversed(load_word(buffer)));
 }
 
 int length_without_zeros(const char* text, int length) {

@@ -115,8 +115,26 @@ inline void reverse_few_from_buffer(char* text, const char* buffer, int n) {
   store_word(text, __builtin_bswap64(load_word(buffer)) >> (4 * (8 - n)) >> (4 * (8 - n)));
 }
 
+// The same for n characters, a multiple of eight, without the NUL.
+[[gnu::noinline]] void reverse_words_from_buffer(char* text, const char* buffer, int n);
+
 // Copies n characters of a digit buffer in reverse order; writes exactly n.
-void reverse_from_buffer(char* text, const char* buffer, int n);
+inline void reverse_from_buffer(char* text, const char* buffer, int n) {
+  if (n < 8) {
+    while (n > 0) *text++ = buffer[--n];
+    return;
+  }
+  // Words are read where they were stored, so that no load waits for two stores. What is written
+  // behind the highest digits is overwritten.
+  const int rest = n & 7;
+  n -= rest;
+  reverse_few_from_buffer(text, buffer + n, rest);
+  if (n == 8) {
+    store_word(text + rest, __builtin_bswap64(load_word(buffer)));
+  } else {
+    reverse_words_from_buffer(text + rest, buffer, n);
+  }
+}
 
 // The length without leading zeros of a text that has some, 0 for a text of zeros.
 int length_without_zeros(const char* text, int length);

@@ -56,9 +56,13 @@ void overflow() {
   fatal_exit("Fatal error in big number constructor", 0);
 }
 
-bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
+bignum::bignum(const char* text, std::int16_t default_sign)
+    : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
   mark_line();
-  if (text == nullptr || *text == '\0') return;
+  if (text == nullptr || *text == '\0') {
+    store_word(vlstr, 0);
+    return;
+  }
   negative = default_sign;
   // One digit or two take less time than measuring the text.
   if (is_digit(text[0]) && text[1] == '\0') {

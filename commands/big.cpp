@@ -1,4 +1,5 @@
 // The frame of `big`: link check, argument count, choice of the operator, exception guard.
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
@@ -12,7 +13,14 @@
 namespace omrel {
 namespace {
 
-enum Admitted { FOUR_OR_MORE, THREE, THREE_OR_FOUR };
+// Numbers of texts that admit a word.
+struct Admitted {
+  int least;
+  int most;
+};
+constexpr Admitted FOUR_OR_MORE = {4, INT_MAX};
+constexpr Admitted THREE = {3, 3};
+constexpr Admitted THREE_OR_FOUR = {3, 4};
 
 struct Operator {
   const char* word;
@@ -25,17 +33,6 @@ constexpr Operator OPERATORS[] = {
     OMREL_OPERATORS(OMREL_ROW)
 #undef OMREL_ROW
 };
-
-bool admits(Admitted admitted, int count) {
-  switch (admitted) {
-    case FOUR_OR_MORE:
-      return count >= 4;
-    case THREE:
-      return count == 3;
-    default:
-      return count == 3 || count == 4;
-  }
-}
 
 // A word of up to eight characters as a number; 0 for a longer one.
 constexpr std::uint64_t key_of(const char* word) {
@@ -87,7 +84,8 @@ constexpr Index INDEX;
 
 const Operator* find_operator(const char* word, int count) {
   const Operator* op = INDEX.find(word);
-  return op != nullptr && admits(op->admitted, count) ? op : nullptr;
+  const bool admitted = op != nullptr && op->admitted.least <= count && count <= op->admitted.most;
+  return admitted ? op : nullptr;
 }
 
 int print_syntax(const Call& call, const char* word) {
