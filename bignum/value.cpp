@@ -171,8 +171,7 @@ void bignum::write_fixed_text(char* text, const FixedPoint& x, bool is_negative)
   const auto write_eight = [](char* to, std::uint64_t number) {
     store_word(to, __builtin_bswap64(word_of(number)));
   };
-  *text = '-';
-  text += is_negative ? 1 : 0;
+  if (is_negative) *text++ = '-';
   text = write_number(text, x.whole);
   // The point and the two places that eights leave over, then the eights.
   const std::uint64_t first_places = word_of(x.places / (EIGHT * EIGHT));
@@ -186,8 +185,8 @@ bool bignum::write_short_text(char* text, int room) const {
   const int digit_count = significant_length(vlstr, text_length());
   if (digit_count + 10 > room) return false;
   if (digit_count > 0 && digit_count < 8) {
-    *text = '-';
-    reverse_few_from_buffer(text + (negative != 0 ? 1 : 0), vlstr, digit_count);
+    if (negative != 0) *text++ = '-';
+    reverse_few_from_buffer(text, vlstr, digit_count);
   } else {
     write_digits(text, digit_count);
   }
@@ -195,11 +194,14 @@ bool bignum::write_short_text(char* text, int room) const {
 }
 
 void bignum::write_digits(char* text, int digit_count) const {
-  *text = '-';
-  text += negative != 0 ? 1 : 0;
-  *text = '0';
-  reverse_from_buffer(text, vlstr, digit_count);
-  text[std::max(digit_count, 1)] = '\0';
+  if (negative != 0) *text++ = '-';
+  if (digit_count == 0) {
+    *text++ = '0';
+  } else {
+    reverse_from_buffer(text, vlstr, digit_count);
+    text += digit_count;
+  }
+  *text = '\0';
 }
 
 void bignum::set_remainder(const char* text) {
