@@ -106,7 +106,7 @@ constexpr auto BIT_CHARACTERS = [] {
 // Writes the `count` low bits of a limb as whole words of characters.
 void write_limb(char* text, Limb limb, int count) {
   for (limb <<= 64 - count; count > 0; count -= 8, text += 8, limb <<= 8) {
-    store_word(text, BIT_CHARACTERS[limb >> 56]);
+    store_word(text, BIT_CHARACTERS[static_cast<std::size_t>(limb >> 56)]);
   }
 }
 
