@@ -55,6 +55,8 @@ class Estimator {
     return quotient > 0 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(quotient)) : 0;
   }
 
+  static double real(Limb x) { return static_cast<double>(static_cast<std::int64_t>(x)); }
+
   // The ratio of a remainder to the divisor, at the place where its head ends; it is certainly
   // below one when this is.
   double ratio(Limb head, Limb next) const {
@@ -83,8 +85,6 @@ class Estimator {
   }
 
  private:
-  using SignedLimb = std::int64_t;
-
   void set_per_head(double reciprocal) {
     per_head = reciprocal;
     per_next = per_head * PER_LIMB;
@@ -94,8 +94,6 @@ class Estimator {
   static constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
   static constexpr double BIAS = 2e-6;
   static constexpr double RATIO_MARGIN = 1e-5;
-
-  static double real(Limb x) { return static_cast<double>(static_cast<SignedLimb>(x)); }
 
   double per_head = 0;
   double per_next = 0;

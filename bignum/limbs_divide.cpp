@@ -177,11 +177,11 @@ std::uint64_t divide_short(Magnitude& q, const Magnitude& a, std::uint64_t d) {
   const auto divisor = static_cast<SignedLimb>(d);
   for (int i = a.count() - 1; i >= 0; --i) {
     // 0 <= r < d. The estimate is right or off by one, so the new r, which is computed modulo
-    // 2^64, lies between -d and 2 d.
+    // 2^64, lies between -d and 2 d. Limb and estimate are converted as the 32 bits that they are.
     const Limb limb = a.limb()[i];
     const double guess = static_cast<double>(r) * base_per_divisor +
-                         static_cast<double>(static_cast<SignedLimb>(limb)) * per_divisor;
-    Limb estimate = static_cast<Limb>(static_cast<SignedLimb>(guess));
+                         static_cast<double>(static_cast<std::int32_t>(limb)) * per_divisor;
+    Limb estimate = static_cast<std::uint32_t>(static_cast<std::int32_t>(guess));
     r = static_cast<SignedLimb>(static_cast<Limb>(r) * LIMB_BASE + limb - estimate * d);
     if (r < 0) {
       r += divisor;

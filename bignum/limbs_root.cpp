@@ -53,7 +53,7 @@ class LimbRoot {
 
  private:
   void take_top_limb(Limb leading) {
-    auto x = static_cast<Limb>(std::sqrt(static_cast<double>(leading)));
+    Limb x = Estimator::whole(std::sqrt(Estimator::real(leading)));
     while (x * x > leading) --x;
     twice()[limb_count - 1] = 2 * x;
     // The head at the next position: everything from its column up.

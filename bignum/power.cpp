@@ -40,7 +40,9 @@ std::int32_t clamped(const bignum& n) {
 // The square root of a number below 2^60. It may be taken of a number rounded down, but that is no
 // more than half a step of the root's own from a whole root, which it then is rounded to.
 std::uint64_t short_root(std::uint64_t n) {
-  const auto root = static_cast<std::uint64_t>(std::sqrt(static_cast<double>(n)));
+  // In 32 bits the processor has instructions for signed words only.
+  const double near_root = std::sqrt(static_cast<double>(static_cast<std::int64_t>(n)));
+  const std::uint64_t root = static_cast<std::uint32_t>(static_cast<std::int32_t>(near_root));
   return root * root > n ? root - 1 : root;
 }
 
