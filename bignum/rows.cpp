@@ -1,8 +1,7 @@
 // Two versions of one loop, for SSE2 and for AVX2, chosen once when the library is loaded, and a
 // plain one for other processors. A column's eight products are added before the column is
-// touched, and lanes loaded for one vector of columns serve the next ones, where they meet rows
-// further on: so eight rows cost one load and one store of a column and one load of every lane
-// at each of the offsets within a vector.
+// touched, so eight rows cost one load and one store of a column. With AVX2, lanes loaded for one
+// vector of columns serve the next one, too, where they meet rows further on.
 #include "bignum/rows.h"
 
 #if (defined(__x86_64__) || defined(__SSE2__)) && !defined(OMREL_PLAIN_LIMBS)
@@ -21,14 +20,12 @@ void add_rows_sse2(Limb* columns, const Limb* lanes, int count, const Limb* m) {
   };
   __m128i factor[ROWS];
   for (int k = 0; k < ROWS; ++k) factor[k] = _mm_set1_epi64x(static_cast<long long>(m[k]));
-  __m128i before[ROWS];  // before[k] = lanes at i - k
-  for (int k = 2; k < ROWS; ++k) before[k] = load(lanes - k);
   for (int i = 0; i < count + ROWS - 1; i += 2) {
-    before[0] = load(lanes + i);
-    before[1] = load(lanes + i - 1);
     __m128i sum = load(columns + i);
-    for (int k = 0; k < ROWS; ++k) sum = _mm_add_epi64(sum, _mm_mul_epu32(before[k], factor[k]));
-    for (int k = ROWS - 1; k >= 2; --k) before[k] = before[k - 2];
+#pragma GCC unroll 8
+    for (int k = 0; k < ROWS; ++k) {
+      sum = _mm_add_epi64(sum, _mm_mul_epu32(load(lanes + i - k), factor[k]));
+    }
     _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + i), sum);
   }
 }
