@@ -194,7 +194,7 @@ char* bignum::inttobin(const bignum& x, const char* prefix) {
   char* text = static_cast<char*>(
       std::malloc(prefix_length + static_cast<std::size_t>(bits) + LIMB_CHARACTERS));
   if (text == nullptr) return nullptr;
-  std::memcpy(text, prefix, prefix_length);
+  std::copy_n(prefix, prefix_length, text);
   write_binary(text + prefix_length, binary, bits);
   return text;
 }

@@ -27,7 +27,7 @@ char* owned_copy(const char* text) {
 
 // Copies a text of one buffer to another, whole words.
 void copy_padded(char* buffer, const char* text, int length) {
-  std::memcpy(buffer, text, static_cast<std::size_t>(length / 8 * 8 + 8));
+  std::memcpy(buffer, text, (static_cast<std::size_t>(length) & ~std::size_t{7}) + 8);
 }
 
 std::uint64_t byte(char c) { return static_cast<unsigned char>(c); }
@@ -56,13 +56,9 @@ void overflow() {
   fatal_exit("Fatal error in big number constructor", 0);
 }
 
-bignum::bignum(const char* text, std::int16_t default_sign)
-    : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
+bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
   mark_line();
-  if (text == nullptr || *text == '\0') {
-    store_word(vlstr, 0);
-    return;
-  }
+  if (text == nullptr || *text == '\0') return;
   negative = default_sign;
   // One digit or two take less time than measuring the text.
   if (is_digit(text[0]) && text[1] == '\0') {
