@@ -121,9 +121,23 @@ TEST(Values, StoredDigitsAndTheirOrder) {
   EXPECT_EQ(compare_digits("1", nullptr) + compare_signed("2", 1, "3", 0), -1);
   EXPECT_EQ(compare_signed("2", 0, "3", 1) + shifted.compare(bignum(2), bignum(1)), 2);
   EXPECT_EQ(compare_signed("02", 0, "3", 0), 1);
-  EXPECT_EQ(std::vector<bignum>(20, bignum(7)).size(), 20U);  // more than are kept for reuse
+  // More than are kept for reuse, and what they leave in those.
+  EXPECT_EQ(std::vector<bignum>(20, value(std::string(60, '7'))).size(), 20U);
+  EXPECT_EQ(stored(value("1111") * value("11111")), "12344321 ");
   // An empty value takes only its length and sign along; the characters stay.
   EXPECT_EQ(shown(full = minus).size() + static_cast<std::size_t>(full.length), 6500U);
+}
+
+TEST(Values, ForeignCharactersCountAsZerosAnywhere) {
+  const std::string digits = "7318294651973846279135468297531864297153";
+  for (std::size_t n = 1; n <= digits.size(); ++n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      std::string foreign = digits.substr(0, n), plain = foreign;
+      foreign[i] = 'x', plain[i] = '0';
+      EXPECT_EQ(shown(value(foreign) + bignum(0)), shown(value(plain) + bignum(0)));
+      EXPECT_EQ(shown(value(foreign).div2()), shown(value(plain).div2()));
+    }
+  }
 }
 
 TEST(Values, WhatNoWordAsksFor) {
