@@ -100,7 +100,7 @@ TEST(Operators, OneOperand) {
     fib abc -> 0  fib -4294967286 -> 55  fib 30001%s -> out-of-range  fact -3 -> 1
     fact 1001 -> too-big  pow2 -4 -> 1  pow2 10.9 -> 1024  pow2 5x -> 32  pow2 %5 -> 32
     pow2 % -> 1  pow2 5xxxx -> 32  pow2 ++5 -> 32  pow2 +-5 -> 1  pow2 5- -> 32  pow2 !5 -> 1  bintoint 1x1 -> 5
-    bintoint 1x1^70 -> 3541774862152233910271
+    bintoint 1y1^70 -> 3541774862152233910271
     bintoint 0b101 -> 5  bintoint 0B101 -> 5  bintoint {} -> 0  bintoint 0b -> 0  bintoint -12 -> 2
     ~ 1 -> 0  ~ 000 -> 1  ~ -4 -> 0  ~ -0 -> 0  ~ (null) -> 0  ! 000 -> 1  ! -0 -> 0  ! {} -> 0
     sqrt 00 -> 0  sqrt -9 -> 1  sqrt -16 -> 2  sqrt -12345 -> 49  sqrt -1 -> failed
