@@ -8,8 +8,6 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "digit texts are read as words");
 
-std::uint64_t reversed(std::uint64_t word) { return __builtin_bswap64(word); }
-
 // The lowest eight digits of what is left of a text, '0' where fewer are.
 std::uint64_t load_tail_or_word(const char* text, int count) {
   return count >= 8 ? load_word(text) : load_tail(text, count);

@@ -27,6 +27,8 @@ inline std::uint64_t load_word(const char* text) {
 
 inline void store_word(char* text, std::uint64_t word) { std::memcpy(text, &word, sizeof word); }
 
+inline std::uint64_t reversed(std::uint64_t word) { return __builtin_bswap64(word); }
+
 // The word at the end of a text, `count` digits of which are left (0 <= count < 8); zero bytes
 // beyond.
 inline std::uint64_t load_few(const char* text, int count) {
@@ -79,7 +81,7 @@ inline std::uint64_t word_of_pair(std::uint64_t number) {
 
 // Copies eight characters in reverse order and returns what foreign_marks makes of them.
 inline std::uint64_t reverse_word(char* buffer, const char* text) {
-  const std::uint64_t word = __builtin_bswap64(load_word(text));
+  const std::uint64_t word = reversed(load_word(text));
   store_word(buffer, word);
   return foreign_marks(word);
 }
@@ -101,7 +103,7 @@ inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
   }
   // First the highest word, without those of its characters that come with the others; by two
   // shifts, since one by 64 bits is not defined.
-  const std::uint64_t top = __builtin_bswap64(load_word(text));
+  const std::uint64_t top = reversed(load_word(text));
   store_word(buffer + n - rest, top >> (4 * (8 - rest)) >> (4 * (8 - rest)));
   const std::uint64_t marks =
       n < 16 ? reverse_word(buffer, text + rest) : reverse_words(buffer, text + rest, n - rest);
@@ -112,7 +114,7 @@ inline bool reverse_into_buffer(char* buffer, const char* text, int n) {
 // the text has room for eight.
 inline void reverse_few_from_buffer(char* text, const char* buffer, int n) {
   // Twice, since a shift by 64 bits is not defined.
-  store_word(text, __builtin_bswap64(load_word(buffer)) >> (4 * (8 - n)) >> (4 * (8 - n)));
+  store_word(text, reversed(load_word(buffer)) >> (4 * (8 - n)) >> (4 * (8 - n)));
 }
 
 // The same for n characters, a multiple of eight, without the NUL.
@@ -130,7 +132,7 @@ inline void reverse_from_buffer(char* text, const char* buffer, int n) {
   n -= rest;
   reverse_few_from_buffer(text, buffer + n, rest);
   if (n == 8) {
-    store_word(text + rest, __builtin_bswap64(load_word(buffer)));
+    store_word(text + rest, reversed(load_word(buffer)));
   } else {
     reverse_words_from_buffer(text + rest, buffer, n);
   }

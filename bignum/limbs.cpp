@@ -13,9 +13,6 @@
 namespace omrel {
 namespace {
 
-constexpr std::uint32_t HIGH_FACTOR = 390'625;  // LIMB_BASE / 2^8
-static_assert(LIMB_BASE == Limb{HIGH_FACTOR} << 8);
-
 // Fewer rows than this are not worth a group of them.
 constexpr int FEW_ROWS = 3;
 
@@ -103,24 +100,15 @@ int store(char* digits, const Magnitude& m) {
   return m.count() * LIMB_DIGITS - (m.is_zero() ? 0 : std::countl_zero(word ^ ASCII_ZEROS) / 8);
 }
 
-// Three passes in one, so that only the last carry, 0 or 1, waits for the column before: a column
-// is below 2^64 and sends less than 2^38 up; with what it receives it is below 2^38 and sends less
-// than 2^11 up; with that it is below twice the base.
 void carry_columns(Limb* columns, int count) {
-  Limb sent = 0;
-  Limb sent_again = 0;
+  ColumnSettler settler;
   Limb carry = 0;
   for (int i = 0; i < count; ++i) {
-    const Limb quotient = columns[i] / LIMB_BASE;
-    const Limb received = columns[i] - quotient * LIMB_BASE + sent;
-    const Limb again = Limb{static_cast<std::uint32_t>(received >> 8) / HIGH_FACTOR};
-    const Limb total = received - again * LIMB_BASE + sent_again + carry;
-    sent = quotient;
-    sent_again = again;
+    const Limb total = settler.settle(columns[i]) + carry;  // below twice the base
     carry = total >= LIMB_BASE ? 1 : 0;
     columns[i] = total - (carry != 0 ? LIMB_BASE : 0);
   }
-  assert(sent == 0 && sent_again == 0 && carry == 0);
+  assert(settler.is_done() && carry == 0);
 }
 
 int digit_count(const Magnitude& m) {

@@ -43,6 +43,7 @@ constexpr auto PRIMES = [] {
   }
   return primes;
 }();
+static_assert(PRIMES.back() != 0);
 
 // A product of many numbers, as many of which as fit make one factor.
 class Product {
@@ -67,7 +68,7 @@ void swing(Magnitude& r, int n) {
   Product product(r);
   for (const unsigned p : PRIMES) {
     const auto bound = static_cast<unsigned>(n);
-    if (p == 0 || p > bound) break;
+    if (p > bound) break;
     Limb power = 1;
     for (unsigned q = bound / p; q > 0; q /= p) power *= q % 2 != 0 ? p : 1;
     if (power > 1) product.take(power);

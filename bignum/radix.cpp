@@ -19,9 +19,9 @@ namespace {
 constexpr int LEVELS = 4;  // of joining
 constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
 
-// The two ways. `carry` turns columns into limbs, `carry_settled` those that `settle` has left,
-// which are a little above the base: good enough to go on with, and no carry waits for another
-// there. In front of the columns that are settled there are two zeros.
+// The two ways. `settle` turns columns below 2^63 into something like limbs, not much above the
+// base: good enough to go on with, and no carry waits for another. In front of those columns there
+// are two zeros. `carry` makes limbs of columns, `carry_settled` of what has been settled.
 struct ToBinary {
   static constexpr int CHUNK = 9;   // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
   static constexpr int CHUNKS = 7;  // steps that make a block
@@ -75,21 +75,10 @@ struct ToDecimal {
     }
   }
 
-  // Leaves limbs of up to 10^8 + 2^12.
   static void settle(Limb* target, const Limb* columns, int count) {
-    Limb sent = 0;
-    Limb sent_again = 0;
-    for (int i = 0; i < count; ++i) {
-      const Limb quotient = columns[i] / TARGET;
-      const Limb received = columns[i] - quotient * TARGET + sent;  // below 2^38
-      const Limb again = Limb{static_cast<std::uint32_t>(received >> 8) / HIGH_FACTOR};
-      target[i] = received - again * TARGET + sent_again;
-      sent = quotient;
-      sent_again = again;
-    }
+    ColumnSettler settler;
+    for (int i = 0; i < count; ++i) target[i] = settler.settle(columns[i]);
   }
-
-  static constexpr std::uint32_t HIGH_FACTOR = 390'625;  // TARGET / 2^8
 };
 
 // A power of the source base: a factor, and whole limbs of the target base behind it.

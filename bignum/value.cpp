@@ -165,7 +165,7 @@ void bignum::write_fixed_digits(char* text, int digit_count) const {
 void bignum::write_fixed_text(char* text, const FixedPoint& x, bool is_negative) {
   constexpr std::uint64_t EIGHT = 100'000'000;
   const auto write_eight = [](char* to, std::uint64_t number) {
-    store_word(to, __builtin_bswap64(word_of(number)));
+    store_word(to, reversed(word_of(number)));
   };
   if (is_negative) *text++ = '-';
   text = write_number(text, x.whole);
