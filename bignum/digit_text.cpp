@@ -102,7 +102,6 @@ int compare_padded(const char* x, const char* y, int length) {
 
 int compare_significant(const char* x, int x_length, const char* y, int y_length) {
   if (x_length != y_length) return x_length < y_length ? -1 : 1;
-  if (x_length == 0) return 0;
   // From the top; the highest digit of a word is in its highest byte, behind what the shift drops.
   int i = (x_length - 1) & ~7;
   std::uint64_t a = load_word(x + i) << (8 * (i + 8 - x_length));

@@ -66,9 +66,6 @@ class ColumnSettler {
     return settled;
   }
 
-  // Whether nothing is left to send.
-  bool is_done() const { return sent == 0 && sent_again == 0; }
-
  private:
   Limb sent = 0;
   Limb sent_again = 0;

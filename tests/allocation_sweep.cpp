@@ -139,14 +139,14 @@ void sweep(const Texts& texts) {
 }
 
 // The call of a word on two numbers and a width, the first number in the variable for a word that
-// updates one.
+// updates one. Answers of up to 300 digits need no memory, so there are longer ones.
 void sweep_word(const std::string& word, bool takes_three, const std::string* numbers) {
-  static const std::string BITS(300, '1');
+  static const std::string BITS(1200, '1');
   Texts texts{"big", word.c_str(), numbers[0].c_str(), numbers[1].c_str(), "200"};
   if (is_one_of(word, " += -= *= /= &= |= ^= ++ -- ")) texts[2] = "x";
-  if (is_one_of(word, " fact fib pow2 ")) texts[2] = "300";
+  if (is_one_of(word, " fact fib pow2 ")) texts[2] = word == "fact" ? "300" : "2000";
   if (word == "bintoint") texts[2] = BITS.c_str();
-  if (is_one_of(word, " ** pow << >> ")) texts[3] = "13";
+  if (is_one_of(word, " ** pow << >> ")) texts[3] = "7";
   if (word == "rnd") texts[2] = texts[3] = "7";  // the draw is 7
   if (takes_three) texts.resize(3);
   the_host.variable = numbers[0];
@@ -155,9 +155,9 @@ void sweep_word(const std::string& word, bool takes_three, const std::string* nu
 
 void sweep_words() {
   const std::string numbers[][2] = {{"5", "3"},
-                                    {std::string(70, '7'), "13"},
-                                    {std::string(130, '7'), std::string(61, '3')},
-                                    {"5", std::string(70, '3')}};
+                                    {std::string(330, '7'), "13"},
+                                    {std::string(700, '7'), std::string(400, '3')},
+                                    {"5", std::string(330, '3')}};
   for (const auto& pair : numbers) {
 #define OMREL_ROW(word, admitted, function) sweep_word(word, *#admitted == 'T', pair);
     OMREL_OPERATORS(OMREL_ROW)
