@@ -235,6 +235,7 @@ class bignum {
  private:
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
+  [[noreturn, gnu::cold, gnu::noinline]] void refuse();
   void write_digits(char* text, int digit_count) const;
   void write_fixed_digits(char* text, int digit_count) const;
   bignum add_signed(const bignum& b, std::int16_t b_negative);

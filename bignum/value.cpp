@@ -56,9 +56,13 @@ void overflow() {
   fatal_exit("Fatal error in big number constructor", 0);
 }
 
-bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
+bignum::bignum(const char* text, std::int16_t default_sign)
+    : vlstr(acquire_digits()), length(0), negative(0), remainder_text(nullptr) {
   mark_line();
-  if (text == nullptr || *text == '\0') return;
+  if (text == nullptr || *text == '\0') {
+    store_word(vlstr, 0);
+    return;
+  }
   negative = default_sign;
   // One digit or two take less time than measuring the text.
   if (is_digit(text[0]) && text[1] == '\0') {
@@ -76,10 +80,17 @@ bignum::bignum(const char* text, std::int16_t default_sign) : bignum() {
 void bignum::read(const char* text) {
   if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
   const std::size_t rest = std::strlen(text);
-  if (rest >= MAX_DIGITS) overflow();
+  if (rest >= MAX_DIGITS) refuse();
   length = static_cast<int>(rest);
   plain = reverse_into_buffer(vlstr, text, length);
   if (!plain) read_up_to_point(text);
+}
+
+// Overflows, with the buffer in a value that an exception on the way out would release: it does not
+// release what a constructor has not finished.
+void bignum::refuse() {
+  const bignum owner(std::move(*this));
+  overflow();
 }
 
 void bignum::read_up_to_point(const char* text) {
