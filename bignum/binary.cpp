@@ -97,8 +97,9 @@ bool is_lopsided(const bignum& a, const bignum& b) {
 constexpr auto BIT_CHARACTERS = [] {
   std::array<std::uint64_t, 256> words{};
   for (unsigned bits = 0; bits < words.size(); ++bits) {
-    for (unsigned i = 0; i < 8; ++i)
+    for (unsigned i = 0; i < 8; ++i) {
       words[bits] |= std::uint64_t{'0' + (bits >> i & 1)} << (56 - 8 * i);
+    }
   }
   return words;
 }();
@@ -110,10 +111,10 @@ void write_limb(char* text, Limb limb, int count) {
   }
 }
 
-// The eight bits at the bottoms of the bytes, the lowest byte's the highest.
+// The eight bits at the bottoms of the bytes, the lowest byte's the highest: byte k goes to bit 7 -
+// k of the top byte.
 std::uint64_t gathered(std::uint64_t word) {
-  return ((word & 0x0101010101010101) * 0x8040201008040201) >>
-         56;  // byte k to bit 7 - k of the top
+  return ((word & 0x0101010101010101) * 0x8040201008040201) >> 56;
 }
 
 // The bits that eight characters stand for, the first one the highest: 1 in a byte that is '1'.
