@@ -7,7 +7,6 @@
 //   --quick             a short run
 //   --word WORD         the cases of one word
 //   --json FILE         the table as JSON, too
-//   --expr              Tcl's expr as another column
 //   --column NAME FILE  another column: seconds per call or "-", one line a case
 //   --cases FILE        writes the cases for such a column's program, and measures nothing
 //   --check             fails when a word has become slow (see guard.h)
@@ -37,7 +36,6 @@ struct Options {
   bool quick = false;
   bool check = false;
   bool least = false;
-  bool expr = false;
   std::string word;
   std::string json;
   std::string cases;
@@ -69,8 +67,6 @@ void read_option(Options& options, Arguments& arguments) {
     options.check = true;
   } else if (option == "--least") {
     options.least = true;
-  } else if (option == "--expr") {
-    options.expr = true;
   } else if (option == "--word") {
     options.word = arguments.take();
   } else if (option == "--json") {
@@ -94,11 +90,12 @@ std::vector<Case> chosen_cases(const Options& options) {
   return cases;
 }
 
-// A line a case: the word and its operands, a variable's value in place of its name.
+// A line a case: its size, a tab, the word and its operands, a variable's value in place of its
+// name.
 int write_cases(const std::string& path, const std::vector<Case>& cases) {
   std::ofstream out(path);
   for (const Case& c : cases) {
-    out << c.word;
+    out << c.size << '\t' << c.word;
     for (const std::string& operand : c.operands) {
       out << ' ' << (operand == "x" ? c.variable : operand);
     }
@@ -119,10 +116,6 @@ Column read_column(const ColumnFile& file, std::size_t row_count) {
 
 std::vector<Column> columns_beside(const Options& options, const std::vector<Row>& rows) {
   std::vector<Column> columns;
-  if (options.expr) {
-    columns.push_back({"expr", {}});
-    for (const Row& row : rows) columns.back().seconds.push_back(row.timing.expr);
-  }
   for (const ColumnFile& file : options.columns) columns.push_back(read_column(file, rows.size()));
   return columns;
 }
@@ -130,10 +123,9 @@ std::vector<Column> columns_beside(const Options& options, const std::vector<Row
 int run(OmrelCommand big, const Options& options) {
   const std::vector<Case> cases = chosen_cases(options);
   if (!options.cases.empty()) return write_cases(options.cases, cases);
-  const Contestants contestants = {big, options.expr};
-  if (!same_answers(contestants, cases)) return 1;
-  std::vector<Row> rows = measure(contestants, cases, options.quick ? QUICK : THOROUGH);
-  const bool passed = !options.check || holds(contestants, rows);
+  if (!same_answers(big, cases)) return 1;
+  std::vector<Row> rows = measure(big, cases, options.quick ? QUICK : THOROUGH);
+  const bool passed = !options.check || holds(big, rows);
   const std::vector<Column> columns = columns_beside(options, rows);
   print_rows(rows, columns);
   print_summary(rows, columns);

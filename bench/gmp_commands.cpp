@@ -2,9 +2,9 @@
 
 #include <gmp.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 
 namespace omrel::bench {
 namespace {
@@ -35,24 +35,22 @@ struct Integer {
 // A number of magnitude zero may have a sign: "-0" is less than "0".
 bool is_negative(const char* text) { return *text == '-'; }
 
-void set_result(Host& host, const char* text) { host.result = text; }
+void set_truth(GmpHost& host, bool truth) { host.set_result(truth ? "1" : "0"); }
 
-void set_truth(Host& host, bool truth) { set_result(host, truth ? "1" : "0"); }
-
-void hand_over(Host& host, const Integer& answer, bool zero_is_negative = false) {
+void hand_over(GmpHost& host, const Integer& answer, bool zero_is_negative = false) {
   if (zero_is_negative && mpz_sgn(answer.z) == 0) {
-    set_result(host, "-0");
+    host.set_result("-0");
     return;
   }
   char* text = mpz_get_str(nullptr, 10, answer.z);
-  set_result(host, text);
+  host.set_result(text);
   std::free(text);
 }
 
 using Binary = void (*)(mpz_ptr, mpz_srcptr, mpz_srcptr);
 
 template <Binary OPERATION>
-void binary(Host& host, int, const char* const* argv) {
+void binary(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   Integer r;
@@ -60,7 +58,7 @@ void binary(Host& host, int, const char* const* argv) {
   hand_over(host, r);
 }
 
-void multiply(Host& host, int, const char* const* argv) {
+void multiply(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   Integer r;
@@ -68,7 +66,7 @@ void multiply(Host& host, int, const char* const* argv) {
   hand_over(host, r, is_negative(argv[2]) != is_negative(argv[3]));
 }
 
-void divide(Host& host, int, const char* const* argv) {
+void divide(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   Integer r;
@@ -76,7 +74,7 @@ void divide(Host& host, int, const char* const* argv) {
   hand_over(host, r, is_negative(argv[2]) && mpz_cmp_ui(b.z, 1) == 0 && mpz_sgn(a.z) == 0);
 }
 
-void remainder(Host& host, int, const char* const* argv) {
+void remainder(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   Integer r;
@@ -85,7 +83,7 @@ void remainder(Host& host, int, const char* const* argv) {
 }
 
 // Of two negative numbers, the one nearer to zero is left over with its sign.
-void left_over(Host& host, int, const char* const* argv) {
+void left_over(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   const bool is_left = is_negative(argv[2]) && is_negative(argv[3]) && mpz_cmp(a.z, b.z) > 0;
@@ -103,7 +101,7 @@ int compare(const Integer& a, const Integer& b, const char* const* argv) {
 using Relation = bool (*)(int);
 
 template <Relation HOLDS>
-void relation(Host& host, int, const char* const* argv) {
+void relation(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   set_truth(host, HOLDS(compare(a, b, argv)));
@@ -117,7 +115,7 @@ bool is_at_most(int order) { return order <= 0; }
 bool is_at_least(int order) { return order >= 0; }
 
 template <Relation HOLDS>
-void selected(Host& host, int, const char* const* argv) {
+void selected(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const Integer b(argv[3]);
   const bool first = HOLDS(compare(a, b, argv));
@@ -129,64 +127,81 @@ bool is_true(const char* text) {
   return mpz_sgn(a.z) != 0 || is_negative(text);
 }
 
-void both(Host& host, int, const char* const* argv) {
+void both(GmpHost& host, int, const char* const* argv) {
   set_truth(host, is_true(argv[2]) && is_true(argv[3]));
 }
 
-void either(Host& host, int, const char* const* argv) {
+void either(GmpHost& host, int, const char* const* argv) {
   set_truth(host, is_true(argv[2]) || is_true(argv[3]));
 }
 
-void negated(Host& host, int, const char* const* argv) { set_truth(host, !is_true(argv[2])); }
+void negated(GmpHost& host, int, const char* const* argv) { set_truth(host, !is_true(argv[2])); }
 
-void is_even(Host& host, int, const char* const* argv) {
+void is_even(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   set_truth(host, mpz_even_p(a.z) != 0);
 }
 
-// The magnitude of a quotient scaled by 10^18, as a text with a sign and a decimal point.
-void hand_over_fixed(Host& host, Integer& scaled, bool negative) {
-  mpz_abs(scaled.z, scaled.z);
-  const std::size_t room = mpz_sizeinbase(scaled.z, 10) + PLACES + 5;
-  char* text = static_cast<char*>(std::malloc(room));
-  std::memset(text, '0', PLACES + 2);
-  char* digits = text + PLACES + 2;
-  mpz_get_str(digits, 10, scaled.z);
-  const std::size_t length = std::strlen(digits);
-  if (length <= PLACES) digits -= PLACES + 1 - length;
-  char* point = digits + std::strlen(digits) - PLACES;
-  std::memmove(point + 1, point, PLACES + 1);
-  *point = '.';
-  if (negative) *--digits = '-';
-  set_result(host, digits);
-  std::free(text);
-}
+// The text of a quotient's magnitude scaled by 10^18, with a sign and a decimal point.
+class FixedText {
+ public:
+  FixedText(Integer& scaled, bool negative) {
+    mpz_abs(scaled.z, scaled.z);
+    room_ = static_cast<char*>(std::malloc(mpz_sizeinbase(scaled.z, 10) + 2 * PLACES + 5));
+    std::memset(room_, '0', PLACES + 2);
+    text_ = room_ + PLACES + 2;
+    mpz_get_str(text_, 10, scaled.z);
+    const std::size_t length = std::strlen(text_);
+    if (length <= PLACES) text_ -= PLACES + 1 - length;
+    end_ = text_ + std::strlen(text_) + 1;
+    char* point = end_ - PLACES - 1;
+    std::memmove(point + 1, point, PLACES + 1);
+    *point = '.';
+    if (negative) *--text_ = '-';
+  }
+  ~FixedText() { std::free(room_); }
+  FixedText(const FixedText&) = delete;
+  FixedText& operator=(const FixedText&) = delete;
 
-// What follows behind 18 places of zeros: 18 more, unless the division by the positive number
-// leaves nothing.
-void append_places(Host& host, Integer& a, const Integer& b) {
-  mpz_abs(a.z, a.z);
-  mpz_tdiv_r(a.z, a.z, b.z);
-  if (mpz_sgn(a.z) == 0) return;
-  scale(a.z);
-  mpz_tdiv_q(a.z, a.z, b.z);
-  char* text = mpz_get_str(nullptr, 10, a.z);
-  host.result.append(PLACES - std::strlen(text), '0').append(text);
-  std::free(text);
-}
+  const char* get() const { return text_; }
 
-void fixed_divide(Host& host, int, const char* const* argv) {
+  bool ends_in_zeros() const {
+    return std::all_of(end_ - PLACES, end_, [](char c) { return c == '0'; });
+  }
+
+  // What follows behind the 18 places: 18 more, unless the division by the positive number leaves
+  // nothing.
+  void append_places(Integer& a, const Integer& b) {
+    mpz_abs(a.z, a.z);
+    mpz_tdiv_r(a.z, a.z, b.z);
+    if (mpz_sgn(a.z) == 0) return;
+    scale(a.z);
+    mpz_tdiv_q(a.z, a.z, b.z);
+    char* places = mpz_get_str(nullptr, 10, a.z);
+    const std::size_t length = std::strlen(places);
+    std::memset(end_, '0', PLACES);
+    std::memcpy(end_ + PLACES - length, places, length + 1);
+    std::free(places);
+  }
+
+ private:
+  char* room_;
+  char* text_;
+  char* end_;  // where the terminating null is
+};
+
+void fixed_divide(GmpHost& host, int, const char* const* argv) {
   Integer a(argv[2]);
   const Integer b(argv[3]);
   scale(a.z);
   Integer q;
   mpz_tdiv_q(q.z, a.z, b.z);
-  hand_over_fixed(host, q, is_negative(argv[2]) != is_negative(argv[3]));
-  const std::size_t zeros = host.result.size() - host.result.find_last_not_of('0') - 1;
-  if (zeros >= PLACES && mpz_sgn(b.z) > 0) append_places(host, a, b);
+  FixedText text(q, is_negative(argv[2]) != is_negative(argv[3]));
+  if (text.ends_in_zeros() && mpz_sgn(b.z) > 0) text.append_places(a, b);
+  host.set_result(text.get());
 }
 
-void mean(Host& host, int argc, const char* const* argv) {
+void mean(GmpHost& host, int argc, const char* const* argv) {
   Integer sum;
   for (int i = 2; i < argc; ++i) {
     const Integer value(argv[i]);
@@ -195,13 +210,13 @@ void mean(Host& host, int argc, const char* const* argv) {
   const bool negative = mpz_sgn(sum.z) < 0;
   scale(sum.z);
   mpz_tdiv_q_ui(sum.z, sum.z, static_cast<unsigned long>(argc - 2));
-  hand_over_fixed(host, sum, negative);
+  host.set_result(FixedText(sum, negative).get());
 }
 
 long count_of(const char* text) { return std::strtol(text, nullptr, 10); }
 
 // A count below 0 leaves the base.
-void power(Host& host, int, const char* const* argv) {
+void power(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   const long n = count_of(argv[3]);
   Integer r;
@@ -215,7 +230,7 @@ void power_of_two(mpz_ptr r, unsigned long n) { mpz_setbit(r, n); }
 
 // A count below 0 is as LEAST.
 template <OfCount OPERATION, long LEAST>
-void of_count(Host& host, int, const char* const* argv) {
+void of_count(GmpHost& host, int, const char* const* argv) {
   Integer r;
   const long n = count_of(argv[2]);
   OPERATION(r.z, static_cast<unsigned long>(n < 0 ? LEAST : n));
@@ -233,7 +248,7 @@ void narrow(Integer& a, bool negative, int argc, const char* const* argv) {
 
 // A negative number has no bits, and the answer is the other one.
 template <Binary OPERATION>
-void bitwise(Host& host, int argc, const char* const* argv) {
+void bitwise(GmpHost& host, int argc, const char* const* argv) {
   Integer a(argv[2]);
   Integer b(argv[3]);
   narrow(a, is_negative(argv[2]), argc, argv);
@@ -250,13 +265,13 @@ void bitwise(Host& host, int argc, const char* const* argv) {
   hand_over(host, r);
 }
 
-void exclusive(Host& host, int, const char* const* argv) { bitwise<mpz_xor>(host, 4, argv); }
+void exclusive(GmpHost& host, int, const char* const* argv) { bitwise<mpz_xor>(host, 4, argv); }
 
 using WithCount = void (*)(mpz_ptr, mpz_srcptr, unsigned long);
 
 // A shift by 1 or more loses the sign.
 template <WithCount OPERATION>
-void shift(Host& host, int argc, const char* const* argv) {
+void shift(GmpHost& host, int argc, const char* const* argv) {
   Integer a(argv[2]);
   const long n = count_of(argv[3]);
   const bool negative = n < 1 && is_negative(argv[2]);
@@ -268,13 +283,13 @@ void shift(Host& host, int argc, const char* const* argv) {
 }
 
 template <WithCount OPERATION, unsigned long COUNT>
-void by_constant(Host& host, int, const char* const* argv) {
+void by_constant(GmpHost& host, int, const char* const* argv) {
   Integer a(argv[2]);
   OPERATION(a.z, a.z, COUNT);
   hand_over(host, a);
 }
 
-void halve(Host& host, int, const char* const* argv) {
+void halve(GmpHost& host, int, const char* const* argv) {
   Integer a(argv[2]);
   mpz_abs(a.z, a.z);
   Integer r;
@@ -282,39 +297,41 @@ void halve(Host& host, int, const char* const* argv) {
   hand_over(host, r);
 }
 
-void drop_digit(Host& host, int, const char* const* argv) {
+void drop_digit(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   Integer r;
   mpz_tdiv_q_ui(r.z, a.z, 10);
   hand_over(host, r, is_negative(argv[2]));
 }
 
-void magnitude(Host& host, int, const char* const* argv) {
+void magnitude(GmpHost& host, int, const char* const* argv) {
   Integer a(argv[2]);
   mpz_abs(a.z, a.z);
   hand_over(host, a);
 }
 
-void square_root(Host& host, int, const char* const* argv) {
+void square_root(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   Integer r;
   mpz_sqrt(r.z, a.z);
   hand_over(host, r);
 }
 
-void to_binary(Host& host, int, const char* const* argv) {
+void to_binary(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   char* text = static_cast<char*>(std::malloc(mpz_sizeinbase(a.z, 2) + 4));
   text[0] = '0';
   text[1] = 'b';
   mpz_get_str(text + 2, 2, a.z);
-  set_result(host, text);
+  host.set_result(text);
   std::free(text);
 }
 
-void from_binary(Host& host, int, const char* const* argv) { hand_over(host, Integer(argv[2], 2)); }
+void from_binary(GmpHost& host, int, const char* const* argv) {
+  hand_over(host, Integer(argv[2], 2));
+}
 
-void complement(Host& host, int, const char* const* argv) {
+void complement(GmpHost& host, int, const char* const* argv) {
   const Integer a(argv[2]);
   Integer r;
   if (!is_negative(argv[2])) {
@@ -327,16 +344,16 @@ void complement(Host& host, int, const char* const* argv) {
 
 // A command on the variable's value, whose answer the variable takes.
 template <GmpCommand COMMAND>
-void update(Host& host, int argc, const char* const* argv) {
-  const char* const texts[] = {argv[0], argv[1], host.variable.c_str(), argc > 3 ? argv[3] : "",
+void update(GmpHost& host, int argc, const char* const* argv) {
+  const char* const texts[] = {argv[0], argv[1], host.variable_text(), argc > 3 ? argv[3] : "",
                                argc > 4 ? argv[4] : ""};
   COMMAND(host, argc, texts);
-  host.variable = host.result;
+  host.store_result();
 }
 
 }  // namespace
 
-GmpCommand gmp_command(const std::string& word) {
+const std::map<std::string, GmpCommand>& gmp_commands() {
   static const std::map<std::string, GmpCommand> COMMANDS = {
       {"+", binary<mpz_add>},
       {"-", binary<mpz_sub>},
@@ -385,8 +402,12 @@ GmpCommand gmp_command(const std::string& word) {
       {"|=", update<bitwise<mpz_ior>>},
       {"^=", update<exclusive>},
   };
-  const auto found = COMMANDS.find(word);
-  return found == COMMANDS.end() ? nullptr : found->second;
+  return COMMANDS;
+}
+
+GmpCommand gmp_command(const std::string& word) {
+  const auto found = gmp_commands().find(word);
+  return found == gmp_commands().end() ? nullptr : found->second;
 }
 
 }  // namespace omrel::bench

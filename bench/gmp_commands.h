@@ -4,13 +4,24 @@
 // judges tests.
 #pragma once
 
+#include <map>
 #include <string>
-
-#include "bench/host.h"
 
 namespace omrel::bench {
 
-using GmpCommand = void (*)(Host& host, int argc, const char* const* argv);
+// What a command sees of its host.
+class GmpHost {
+ public:
+  virtual ~GmpHost() = default;
+  virtual const char* variable_text() = 0;        // of the variable that an updating word changes
+  virtual void set_result(const char* text) = 0;  // copies the text
+  virtual void store_result() = 0;                // gives the variable the result, too
+};
+
+using GmpCommand = void (*)(GmpHost& host, int argc, const char* const* argv);
+
+// The commands by their operator words.
+const std::map<std::string, GmpCommand>& gmp_commands();
 
 // The command for an operator word; null when there is none.
 GmpCommand gmp_command(const std::string& word);

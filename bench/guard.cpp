@@ -57,17 +57,17 @@ std::vector<Row*> rows_below(std::vector<Row>& rows, const std::string& word, do
   return below;
 }
 
-void measure_again(const Contestants& contestants, const std::vector<Row*>& rows) {
+void measure_again(OmrelCommand big, const std::vector<Row*>& rows) {
   std::vector<Case> cases;
   cases.reserve(rows.size());
   for (const Row* row : rows) cases.push_back(row->c);
-  const std::vector<Row> again = measure(contestants, cases, QUICK);
+  const std::vector<Row> again = measure(big, cases, QUICK);
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (again[i].timing.ratio() > rows[i]->timing.ratio()) rows[i]->timing = again[i].timing;
   }
 }
 
-bool word_holds(const Contestants& contestants, std::vector<Row>& rows, const std::string& word) {
+bool word_holds(OmrelCommand big, std::vector<Row>& rows, const std::string& word) {
   const Least* figure = figure_of(word);
   if (figure == nullptr) {
     std::fprintf(stderr, "big %s: no figure in the table of least ratios\n", word.c_str());
@@ -76,7 +76,7 @@ bool word_holds(const Contestants& contestants, std::vector<Row>& rows, const st
   const double floor = figure->ratio * TOLERANCE * processor_factor();
   std::vector<Row*> below = rows_below(rows, word, floor);
   for (int attempt = 0; attempt < ATTEMPTS && !below.empty(); ++attempt) {
-    measure_again(contestants, below);
+    measure_again(big, below);
     below = rows_below(rows, word, floor);
   }
   for (const Row* row : below) {
@@ -88,10 +88,10 @@ bool word_holds(const Contestants& contestants, std::vector<Row>& rows, const st
 
 }  // namespace
 
-bool holds(const Contestants& contestants, std::vector<Row>& rows) {
+bool holds(OmrelCommand big, std::vector<Row>& rows) {
   bool all = true;
   for (const Summary& summary : summarise(rows)) {
-    if (summary.word != "all") all = word_holds(contestants, rows, summary.word) && all;
+    if (summary.word != "all") all = word_holds(big, rows, summary.word) && all;
   }
   return all;
 }

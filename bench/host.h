@@ -2,13 +2,21 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
+#include "bench/gmp_commands.h"
 #include "plugin/omrel_plugin.h"
 
 namespace omrel::bench {
 
 // What a command sees of its host: one variable, x, and a result that is copied.
-struct Host {
+struct Host final : GmpHost {
+  explicit Host(std::string value = "", std::string answer = "")
+      : variable(std::move(value)), result(std::move(answer)) {}
+  const char* variable_text() override { return variable.c_str(); }
+  void set_result(const char* text) override { result = text; }
+  void store_result() override { variable = result; }
+
   std::string variable;
   std::string result;
 };

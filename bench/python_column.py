@@ -1,6 +1,6 @@
 """Times the benchmark's cases in Python.
 
-Reads a line a case, "word operand ...", and writes the seconds of a call from texts to text, or "-"
+Reads a line a case, its size, a tab and "word operand ...", and writes the seconds of a call from texts to text, or "-"
 where the language has no such operation.
 """
 import math
@@ -45,7 +45,7 @@ def main():
     if hasattr(sys, "set_int_max_str_digits"):
         sys.set_int_max_str_digits(0)
     for line in sys.stdin:
-        word, *operands = line.split()
+        word, *operands = line.partition("\t")[2].split()
         statement = CALLS.get(word)
         print(f"{seconds_per_call(statement, operands):.4g}" if statement else "-")
 

@@ -9,9 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <deque>
-#include <optional>
 
-#include "bench/expr_command.h"
 #include "bench/gmp_commands.h"
 #include "bench/host.h"
 
@@ -57,11 +55,10 @@ long calls_within(double seconds, const Call& call) {
 // One case, ready to be called each way.
 class Runner {
  public:
-  Runner(const Contestants& contestants, const Case& c)
-      : big(contestants.big), gmp(gmp_command(c.word)), variable_text(c.variable) {
+  Runner(OmrelCommand command, const Case& c)
+      : big(command), gmp(gmp_command(c.word)), variable_text(c.variable) {
     texts = {"big", c.word.c_str()};
     for (const std::string& operand : c.operands) texts.push_back(operand.c_str());
-    if (contestants.expr && ExprCommand::knows(c.word)) expr.emplace(c);
   }
 
   std::string answer_of_big() {
@@ -70,10 +67,6 @@ class Runner {
   std::string answer_of_gmp() {
     return answer([this] { call_gmp(); });
   }
-  bool has_expr() const { return expr.has_value(); }
-  std::string answer_of_expr() {
-    return answer([this] { (*expr)(the_host); });
-  }
 
   // Takes the better of what is known and one more round.
   void time(Timing& timing, double seconds) {
@@ -81,7 +74,6 @@ class Runner {
     if (calls == 0) calls = calls_within(seconds, gmp_call);
     timing.big = std::min(timing.big, per_call(calls, [this] { call_big(); }));
     timing.gmp = std::min(timing.gmp, per_call(calls, gmp_call));
-    if (has_expr()) time_expr(timing, seconds);
   }
 
  private:
@@ -103,51 +95,38 @@ class Runner {
     return the_host.result + "|" + the_host.variable;
   }
 
-  void time_expr(Timing& timing, double seconds) {
-    const auto expr_call = [this] { (*expr)(the_host); };
-    if (expr_calls == 0) expr_calls = calls_within(seconds, expr_call);
-    timing.expr = std::min(timing.expr, per_call(expr_calls, expr_call));
-  }
-
   OmrelCommand big;
   GmpCommand gmp;
-  std::optional<ExprCommand> expr;
   std::vector<const char*> texts;
   const std::string variable_text;
   long calls = 0;
-  long expr_calls = 0;
 };
 
-bool same(const Case& c, const std::string& ours, const std::string& other, const char* whose) {
+bool same(const Case& c, const std::string& ours, const std::string& other) {
   constexpr std::size_t SHOWN = 60;
   if (ours == other) return true;
-  std::fprintf(stderr, "big %s (%s): %s..., %s: %s...\n", c.word.c_str(), c.size.c_str(),
-               ours.substr(0, SHOWN).c_str(), whose, other.substr(0, SHOWN).c_str());
+  std::fprintf(stderr, "big %s (%s): %s..., GMP: %s...\n", c.word.c_str(), c.size.c_str(),
+               ours.substr(0, SHOWN).c_str(), other.substr(0, SHOWN).c_str());
   return false;
 }
 
 }  // namespace
 
-bool same_answers(const Contestants& contestants, const std::vector<Case>& cases) {
+bool same_answers(OmrelCommand big, const std::vector<Case>& cases) {
   bool all = true;
   for (const Case& c : cases) {
-    Runner runner(contestants, c);
-    const std::string ours = runner.answer_of_big();
-    all = same(c, ours, runner.answer_of_gmp(), "GMP") && all;
-    if (runner.has_expr() && c.word != "~") {
-      all = same(c, ours, runner.answer_of_expr(), "expr") && all;
-    }
+    Runner runner(big, c);
+    all = same(c, runner.answer_of_big(), runner.answer_of_gmp()) && all;
   }
   return all;
 }
 
-std::vector<Row> measure(const Contestants& contestants, const std::vector<Case>& cases,
-                         const Effort& effort) {
+std::vector<Row> measure(OmrelCommand big, const std::vector<Case>& cases, const Effort& effort) {
   std::vector<Row> rows;
   std::deque<Runner> runners;
   for (const Case& c : cases) {
     rows.push_back({c, {}});
-    runners.emplace_back(contestants, c);
+    runners.emplace_back(big, c);
   }
   for (int round = 0; round < effort.rounds; ++round) {
     at_depth(round, [&] {

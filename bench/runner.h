@@ -14,18 +14,12 @@ namespace omrel::bench {
 struct Timing {
   double big = INFINITY;
   double gmp = INFINITY;
-  double expr = INFINITY;
   double ratio() const { return gmp / big; }
 };
 
 struct Row {
   Case c;
   Timing timing;
-};
-
-struct Contestants {
-  OmrelCommand big;
-  bool expr;  // Tcl's expr, too
 };
 
 // How many rounds there are, and how long GMP is called in each.
@@ -37,10 +31,9 @@ constexpr Effort QUICK = {8, 0.003};
 constexpr Effort THOROUGH = {30, 0.01};
 
 // Whether all answers are the same; says which are not.
-bool same_answers(const Contestants& contestants, const std::vector<Case>& cases);
+bool same_answers(OmrelCommand big, const std::vector<Case>& cases);
 
 // The best times of several rounds through all cases.
-std::vector<Row> measure(const Contestants& contestants, const std::vector<Case>& cases,
-                         const Effort& effort);
+std::vector<Row> measure(OmrelCommand big, const std::vector<Case>& cases, const Effort& effort);
 
 }  // namespace omrel::bench

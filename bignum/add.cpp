@@ -1,8 +1,7 @@
-// Comparison, addition and subtraction.
-//
-// Signed addition and subtraction reduce to a sum or a difference of magnitudes. What they do to
-// the left operand's sign flag (its digits and the right operand never change) is part of their
-// contract; fa and fb are the flags on entry, a - b counting as a + b with fb turned over:
+// Addition and subtraction. Signed addition and subtraction reduce to a sum or a difference of
+// magnitudes. What they do to the left operand's sign flag (its digits and the right operand never
+// change) is part of their contract; fa and fb are the flags on entry, a - b counting as a + b with
+// fb turned over:
 //
 //   fa     fb     result                        a's flag afterwards
 //   set    clear  |b| - |a|                     clear
@@ -18,45 +17,6 @@
 namespace omrel {
 namespace {
 
-// The length without leading zeros, but one for a text of zeros only and zero for no text.
-int top_length(const char* text, int length) {
-  return length == 0 ? 0 : std::max(significant_length(text, length), 1);
-}
-
-// Whether a text is one word, padded; no text at all is not, as it orders below.
-bool is_word(int length) { return length > 0 && length < 8; }
-
-// Compares magnitudes of digits.
-int compare_plain(const bignum& a, const bignum& b) {
-  return a.length == b.length ? compare_padded(a.vlstr, b.vlstr, a.length)
-                              : compare_significant(a.vlstr, top_length(a.vlstr, a.length), b.vlstr,
-                                                    top_length(b.vlstr, b.length));
-}
-
-// Compares characters as signed codes from the top.
-int compare_texts(const char* x, int x_length, const char* y, int y_length) {
-  x_length = top_length(x, x_length);
-  y_length = top_length(y, y_length);
-  if (x_length != y_length) return x_length < y_length ? -1 : 1;
-  for (int i = x_length - 1; i >= 0; --i) {
-    const auto a = static_cast<signed char>(x[i]);
-    const auto b = static_cast<signed char>(y[i]);
-    if (a != b) return a < b ? -1 : 1;
-  }
-  return 0;
-}
-
-[[gnu::cold, gnu::noinline]] int compare_foreign(const bignum& a, const bignum& b) {
-  return compare_texts(a.vlstr, a.text_length(), b.vlstr, b.text_length());
-}
-
-int compare_values(const bignum& a, const bignum& b) {
-  if ((a.negative != 0) != (b.negative != 0)) return a.negative != 0 ? -1 : 1;
-  const bignum& x = a.negative != 0 ? b : a;
-  const bignum& y = a.negative != 0 ? a : b;
-  return x.plain && y.plain ? compare_plain(x, y) : compare_foreign(x, y);
-}
-
 // Writes |a| + |b| into sum and returns its length; the sum is not ended.
 int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
   const bignum& longer = a.length >= b.length ? a : b;
@@ -68,14 +28,7 @@ int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
 // Writes the distance of |a| and |b|, as many digits as the longer of them. Returns whether |a| is
 // the smaller.
 bool digit_difference(bignum& difference, const bignum& a, const bignum& b) {
-  if (is_word(a.length) && is_word(b.length)) {
-    const std::uint64_t x = load_padded(a.vlstr);
-    const std::uint64_t y = load_padded(b.vlstr);
-    store_word(difference.vlstr, to_ascii(x < y ? y - x : x - y));
-    difference.finish(std::max(a.length, b.length), x < y ? 1 : 0);
-    return x < y;
-  }
-  const bool swapped = compare_plain(a, b) < 0;
+  const bool swapped = compare_magnitudes(a, b) < 0;
   const bignum& upper = swapped ? b : a;
   const bignum& lower = swapped ? a : b;
   const int n = std::max(a.length, b.length);
@@ -83,7 +36,7 @@ bool digit_difference(bignum& difference, const bignum& a, const bignum& b) {
   if (n > upper.length) {
     std::memset(difference.vlstr + upper.length, '0', static_cast<std::size_t>(n - upper.length));
   }
-  difference.finish(n, swapped ? 1 : 0);
+  difference.end_digits(n, swapped ? 1 : 0);
   return swapped;
 }
 
@@ -92,35 +45,11 @@ bignum cleaned(const bignum& b) {
   const Digits digits(b);
   bignum result;
   std::memcpy(result.vlstr, digits.text, static_cast<std::size_t>(digits.length));
-  result.finish(digits.length, b.negative);
+  result.end_digits(digits.length, b.negative);
   return result;
 }
 
 }  // namespace
-
-int compare_digits(const char* x, const char* y) {
-  if (x == nullptr || y == nullptr) return 0;
-  const auto length = [](const char* text) { return static_cast<int>(std::strlen(text)); };
-  return compare_texts(x, length(x), y, length(y));
-}
-
-int compare_signed(const char* x, int x_negative, const char* y, int y_negative) {
-  if (x_negative != 0 && y_negative == 0) return -1;
-  if (x_negative == 0 && y_negative != 0) return 1;
-  return x_negative != 0 ? -compare_digits(x, y) : compare_digits(x, y);
-}
-
-int bignum::compare(const bignum& a, const bignum& b) const { return compare_values(a, b); }
-bool bignum::equals_digit(char digit) const {
-  return negative == 0 && vlstr[0] == digit && top_length(vlstr, text_length()) == 1;
-}
-
-bool bignum::operator==(const bignum& b) const { return compare_values(*this, b) == 0; }
-bool bignum::operator!=(const bignum& b) const { return compare_values(*this, b) != 0; }
-bool bignum::operator<(const bignum& b) const { return compare_values(*this, b) < 0; }
-bool bignum::operator>(const bignum& b) const { return compare_values(*this, b) > 0; }
-bool bignum::operator<=(const bignum& b) const { return compare_values(*this, b) <= 0; }
-bool bignum::operator>=(const bignum& b) const { return compare_values(*this, b) >= 0; }
 
 bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
   return plain && b.plain ? add_plain(b, b_negative) : add_foreign(b, b_negative);
@@ -131,7 +60,7 @@ bignum bignum::add_plain(const bignum& b, std::int16_t b_negative) {
   if ((negative != 0) == (b_negative != 0)) {
     const int n = digit_sum(result, *this, b);
     if (negative != 0 && n > 0 && significant_length(result.vlstr, n) == 0) negative = 0;
-    result.finish(n, n > 0 ? negative : std::int16_t{0});
+    result.end_digits(n, n > 0 ? negative : std::int16_t{0});
   } else if (negative != 0) {
     negative = 0;
     digit_difference(result, b, *this);
@@ -158,7 +87,7 @@ void bignum::add(const bignum& b) {
   if (negative != 0 || b.negative != 0 || !plain || !b.plain) {
     *this = *this + b;
   } else {
-    finish(digit_sum(*this, *this, b), 0);
+    end_digits(digit_sum(*this, *this, b), 0);
   }
 }
 
@@ -176,7 +105,5 @@ bool bignum::step_lowest(bool up) {
 bignum bignum::increment() { return *this + bignum(1); }
 
 bignum bignum::decrement() { return *this - bignum(1); }
-
-bool bignum::is_even() const { return length >= 1 && (vlstr[0] & 1) == 0; }
 
 }  // namespace omrel

@@ -1,8 +1,8 @@
 // bignum: a signed decimal integer of up to 6,499 digits, the value type of the engine.
 //
 // Library-wide state of the engine: the debug switch, written by the `debug` word and read by
-// division and square root (divide.cpp), the free list of digit buffers (buffers.cpp) and the
-// random generator (random.cpp).
+// division (divide.cpp) and square root (root.cpp), the free list of digit buffers (buffers.cpp)
+// and the random generator (random.cpp).
 #pragma once
 
 #include <cstddef>
@@ -17,20 +17,13 @@
 
 namespace omrel {
 
-// Decimal places of a fixed-point number.
+// Decimal places of a fixed-point number, and one in machine words: the integer part, and the
+// places as an integer.
 constexpr int FIXED_PLACES = 18;
-
-// A fixed-point number in machine words: the integer part, and its places as an integer.
-struct FixedPoint {
+struct FixedWords {
   std::uint64_t whole;
   std::uint64_t places;
 };
-
-// Room for the text of such a number, written in whole words.
-constexpr int FIXED_TEXT = 48;
-
-// Room for the binary digits of a value of few digits, written in whole words.
-constexpr int SHORT_BINARY_TEXT = 72;
 
 // The engine's failure: an operation has no answer. Thrown for a zero divisor, and for a square
 // root of a negative number whose steps never end.
@@ -65,6 +58,7 @@ class bignum {
   explicit bignum(int value);
   explicit bignum(long value);
   bignum(const bignum& b);
+  // Leaves `b` without digits.
   bignum(bignum&& b) noexcept;
   ~bignum();
 
@@ -74,19 +68,9 @@ class bignum {
   // Exchanges the two values.
   void operator=(bignum&& b) noexcept;
 
-  // Returns the value as a new heap text, to be freed with free(): '-' when the sign flag is set,
-  // zero included, then the digits without leading zeros. Null when there is no memory.
+  // Returns the value's DecimalText (text_form.h) as a new heap text, to be freed with free(). Null
+  // when there is no memory.
   char* to_string() const;
-  // Writes that text, whole words of it, where there is room for so many bytes; false when it may
-  // need more.
-  bool write_short_text(char* text, int room) const;
-
-  // Returns the value over 10^FIXED_PLACES as to_string does: integer part, '.', and the places.
-  char* to_fixed_string() const;
-  // Writes that text; false when it needs more bytes than there is room for.
-  bool write_short_fixed(char* text, std::size_t room) const;
-  // Writes the text of a fixed-point number, behind '-' when it is said to be negative.
-  static void write_fixed_text(char* text, const FixedPoint& x, bool is_negative);
 
   std::int16_t get_sign() const { return negative; }
   void set_sign(int flag) { negative = flag != 0 ? 1 : 0; }
@@ -132,7 +116,7 @@ class bignum {
   // Returns a * b. A zero product of unlike signs is a negative zero.
   // Result:  both lengths less one digits, one more if the top digit is not zero.
   // Errors:  a product of MAX_DIGITS digits ends the process.
-  // Cost:    schoolbook on limbs of eight digits.
+  // Cost:    schoolbook on limbs of eight digits; half as much for a product with itself.
   bignum operator*(const bignum& b) const;
   // Returns the magnitude times a digit m from 0 to 9, never negative.
   bignum multiply_digit(int m) const;
@@ -148,10 +132,12 @@ class bignum {
   // As operator/, but the quotient carries no remainder text, which takes half the time.
   bignum quotient(const bignum& d) const;
   // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated, in one division. False, with q
-  // as it was, where operator/ must show its steps or the scaled remainder may be too long.
-  bool scaled_quotient(bignum& q, const bignum& d) const;
-  // Sets q to that quotient if both operands have few digits; false, as above, if not.
-  bool short_fixed_quotient(FixedPoint& q, const bignum& d) const;
+  // as it was, where that says less than the division step by step: where this must be shown, may
+  // be too long or meets other characters than digits, and for places that are all zeros although
+  // something may be left.
+  bool fixed_quotient(bignum& q, const bignum& d) const;
+  // The same for values of few digits, in half the time; false for others.
+  bool fixed_quotient(FixedWords& q, const bignum& d) const;
   // Returns the value of the remainder text that operator/ leaves: the remainder of the magnitudes,
   // not negative; but of two negative operands the dividend itself when it is nearer to zero.
   bignum remainder(const bignum& d) const;
@@ -182,13 +168,11 @@ class bignum {
   static const bignum& max(const bignum& a, const bignum& b) { return a > b ? a : b; }
   static const bignum& min(const bignum& a, const bignum& b) { return a < b ? a : b; }
 
-  // Returns the binary digits of x, most significant first, behind a prefix, as a new heap text to
-  // be freed with free(): "0" for zero. Null for a value without a binary form (negative, negative
-  // zero, no digits) and when there is no memory.
-  static char* inttobin(const bignum& x, const char* prefix = "");
-  // Writes them without a prefix, whole words of characters, for a value of few digits: up to
-  // SHORT_BINARY_TEXT bytes. False for any other value, nothing written.
-  static bool write_short_binary(char* text, const bignum& x);
+  // Whether the value has a binary form: neither negative, nor a negative zero, nor without digits.
+  bool has_binary_form() const { return negative == 0 && length > 0; }
+  // Returns the value's BinaryText (text_form.h) as a new heap text, to be freed with free(). Null
+  // without a binary form, and when there is no memory.
+  static char* inttobin(const bignum& x);
   // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
   // counts as a zero; a null text is 0.
   // Errors: as pow.
@@ -219,9 +203,11 @@ class bignum {
   // all when no draw falls between the bounds, which makes the object 0 and returns low.
   bignum rnd(const bignum& low, const bignum& high);
 
-  // Ends the digits that an operation has written into vlstr, and sets the sign flag.
+  // Ends the characters that an operation has written into vlstr.
   // Errors: a length of MAX_DIGITS or more ends the process with overflow().
-  void finish(int digit_count, std::int16_t sign);
+  void end_text(int new_length);
+  // The same for digits, with their sign flag.
+  void end_digits(int digit_count, std::int16_t sign);
 
   // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
   int text_length() const;
@@ -235,14 +221,11 @@ class bignum {
  private:
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
-  [[noreturn, gnu::cold, gnu::noinline]] void refuse();
-  void write_digits(char* text, int digit_count) const;
-  void write_fixed_digits(char* text, int digit_count) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void overflow_unfinished();
   bignum add_signed(const bignum& b, std::int16_t b_negative);
   bignum add_plain(const bignum& b, std::int16_t b_negative);
   void set_to_half(const bignum& b);
   [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
-  void keep_remainder(const bignum& r);
 };
 
 // Here, since every call makes and releases a few values.
@@ -250,12 +233,7 @@ inline bignum::bignum() : vlstr(acquire_digits()), length(0), negative(0), remai
   store_word(vlstr, 0);
 }
 
-inline bignum::bignum(bignum&& b) noexcept
-    : vlstr(std::exchange(b.vlstr, nullptr)),
-      length(std::exchange(b.length, 0)),
-      negative(std::exchange(b.negative, std::int16_t{0})),
-      remainder_text(std::exchange(b.remainder_text, nullptr)),
-      plain(b.plain) {}
+inline bignum::bignum(bignum&& b) noexcept : bignum() { *this = std::move(b); }
 
 inline bignum::~bignum() {
   mark_line();
@@ -265,13 +243,17 @@ inline bignum::~bignum() {
   negative = 0;
 }
 
-inline void bignum::finish(int digit_count, std::int16_t sign) {
-  if (digit_count >= MAX_DIGITS) overflow();
-  // In one store with the last digits, which are read next as one word.
-  const auto n = static_cast<unsigned>(digit_count);
+inline void bignum::end_text(int new_length) {
+  if (new_length >= MAX_DIGITS) overflow();
+  // In one store with the last characters, which are read next as one word.
+  const auto n = static_cast<unsigned>(new_length);
   char* last = vlstr + (n & ~7U);
   store_word(last, load_few(last, static_cast<int>(n & 7U)));
-  length = digit_count;
+  length = new_length;
+}
+
+inline void bignum::end_digits(int digit_count, std::int16_t sign) {
+  end_text(digit_count);
   negative = sign;
   plain = true;
 }
@@ -296,6 +278,9 @@ class Digits {
 // Compares two magnitudes given as digit texts: -1, 0 or 1. Leading zeros are ignored; an empty
 // text orders below one of zeros; null texts compare as equal.
 int compare_digits(const char* x, const char* y);
+
+// Compares the magnitudes of two values that hold digits only; as compare_digits.
+int compare_magnitudes(const bignum& a, const bignum& b);
 
 // Compares signed values given as digit text and sign flag: a set flag orders below a clear one
 // whatever the magnitudes, so a negative zero is below zero.

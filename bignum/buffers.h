@@ -3,16 +3,14 @@
 
 #include <cstddef>
 
+#include "bignum/digit_text.h"
+
 namespace omrel {
 
-// Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
-// characters is refused.
-constexpr int MAX_DIGITS = 6500;
-
-// What a digit buffer has beyond its 6,501 bytes, so that a kernel may work in whole words on the
-// last digits of a text: a word that starts inside the text ends inside the buffer.
-constexpr int BUFFER_SLACK = 67;
-constexpr int BUFFER_BYTES = MAX_DIGITS + 1 + BUFFER_SLACK;
+// What a digit buffer has beyond its 6,501 bytes: room for a magnitude that was lengthened, stored
+// in whole limbs of eight digits, and for a kernel that works in whole words on the last digits of
+// a text.
+constexpr int BUFFER_BYTES = MAX_DIGITS + 1 + 67;
 
 // A stack of returned buffers, bounded, so that a run of calls allocates nothing: most calls use
 // three to five values. What is beyond the bound goes back to the heap at once, and the rest when

@@ -16,6 +16,13 @@
 
 namespace omrel {
 
+// Capacity of every digit text in characters. A value holds one less: a text of MAX_DIGITS
+// characters is refused.
+#ifndef OMREL_MAX_DIGITS  // which a build may set, to see what rests on it
+#define OMREL_MAX_DIGITS 6500
+#endif
+constexpr int MAX_DIGITS = OMREL_MAX_DIGITS;
+
 constexpr std::uint64_t ASCII_ZEROS = 0x3030303030303030;
 constexpr std::uint64_t ASCII_NINES = 0x3939393939393939;
 
@@ -74,7 +81,7 @@ inline std::uint64_t word_of(std::uint64_t number) {
 // Writes a number as text, in whole words and so up to 24 bytes, and returns the end.
 char* write_number(char* text, std::uint64_t number);
 
-// The same for a number below 100, in a third of the steps.
+// As word_of for a number below 100, in a third of the steps.
 inline std::uint64_t word_of_pair(std::uint64_t number) {
   return (number + ((number * 103) >> 10) * ((1 << 8) - 10)) | ASCII_ZEROS;
 }

@@ -9,25 +9,27 @@
 //   both are negative, dividend greater       0, and the dividend's text, minus sign included
 //   dividend is a negative zero               0, no remainder text
 //
-// "Equals" is the signed comparison. All else is long division of the magnitudes, which leaves the
-// remainder of the magnitudes; while the debug switch is on, the search that shows its steps.
+// "Equals" is the signed comparison. All else is a division of the magnitudes, which leaves their
+// remainder: of machine words, of limbs by a machine word, of limbs by limbs, or, while the debug
+// switch is on, by the search that shows its steps. The quotients by machine words come before the
+// exits, since they agree with all of them but the first, and with what those leave as a value.
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <utility>
 
 #include "bignum/bignum.h"
 #include "bignum/buffers.h"
 #include "bignum/convert.h"
 #include "bignum/digit_text.h"
 #include "bignum/divide_search.h"
-#include "bignum/limbs.h"
 #include "support/line_marker.h"
 #include "support/text.h"
 
 namespace omrel {
-namespace {
 
-enum class Shortcut { NONE, DIVIDEND, ONE, ZERO, ZERO_LEAVING_DIVIDEND };
+std::int32_t debug_switch = 0;
+
+namespace {
 
 bool is_zero(const bignum& b) {
   const Digits digits(b);
@@ -40,14 +42,33 @@ bool is_zero(const bignum& b) {
   throw EngineFailure();
 }
 
-Shortcut shortcut(const bignum& a, const bignum& d) {
-  if (d.equals_digit('1')) return Shortcut::DIVIDEND;
+enum class Way {
+  DIVIDEND,  // the exits
+  ONE,
+  ZERO,
+  ZERO_LEAVING_DIVIDEND,
+  WORDS,         // both magnitudes are machine words
+  WORD_DIVISOR,  // the divisor's is
+  LIMBS,
+  SEARCH,
+};
+
+// The exit that two values take, else LIMBS.
+Way exit_of(const bignum& a, const bignum& d) {
+  if (d.equals_digit('1')) return Way::DIVIDEND;
   if (is_zero(d)) fail_on_zero();
-  if (a == d) return Shortcut::ONE;
-  if (a.equals_digit('0')) return Shortcut::ZERO;
-  if (a.negative == 0 && d.negative == 0 && a < d) return Shortcut::ZERO_LEAVING_DIVIDEND;
-  if (a.negative != 0 && d.negative != 0 && a > d) return Shortcut::ZERO_LEAVING_DIVIDEND;
-  return is_zero(a) ? Shortcut::ZERO : Shortcut::NONE;
+  if (a == d) return Way::ONE;
+  if (a.equals_digit('0')) return Way::ZERO;
+  if (a.negative == 0 && d.negative == 0 && a < d) return Way::ZERO_LEAVING_DIVIDEND;
+  if (a.negative != 0 && d.negative != 0 && a > d) return Way::ZERO_LEAVING_DIVIDEND;
+  return is_zero(a) ? Way::ZERO : Way::LIMBS;
+}
+
+// The value alone, as a new one has it.
+bignum without_remainder(const bignum& b) {
+  bignum value(b);
+  value.set_remainder(nullptr);
+  return value;
 }
 
 // The magnitudes of dividend and divisor, both multiplied by the power of ten that fills the
@@ -58,7 +79,8 @@ struct Aligned {
         d_text(divisor),
         a_length(significant_length(a_text.text, a_text.length)),
         d_length(significant_length(d_text.text, d_text.length)),
-        shift((LIMB_DIGITS - d_length % LIMB_DIGITS) % LIMB_DIGITS) {
+        shift(digits_to_fill(LIMB_DIGITS, d_length)) {
+    static_assert(LIMB_DIGITS - 1 + FIXED_PLACES <= MAX_SHIFT);
     load(a, a_text.text, a_length, shift + scale);
     load(d, d_text.text, d_length, shift);
   }
@@ -72,195 +94,194 @@ struct Aligned {
   Magnitude d;
 };
 
-void traced_divide(Magnitude& q, Magnitude& r, const Aligned& x) {
-  const bool exact = search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
-  if (!exact) divide(q, r, x.a, x.d);
-  std::printf("\r\n");
-}
+bool shows_steps() { return debug_switch != 0; }
 
-std::int16_t sign_of_quotient(bool quotient_is_zero, const bignum& a, const bignum& d) {
-  return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
-}
-
-// Both magnitudes as machine words, or the divisor's. The exits all agree with dividing these, but
-// for what the callers look after: a dividend that is handed on as it is, sign and all.
-struct Words {
-  Words(const bignum& dividend, const bignum& divisor) {
-    if (debug_switch != 0 || !load_short(d, divisor) || d == 0) return;
-    fit = load_short(a, dividend);
-    divisor_fits = !fit && dividend.plain && d != 1;
-  }
-
-  std::uint64_t a = 0;
-  std::uint64_t d = 0;
-  bool fit = false;           // both
-  bool divisor_fits = false;  // only the divisor, and it is not 1: so the dividend is greater
-};
-
-// Divides by such a divisor; returns the remainder.
-std::uint64_t divide_long(Magnitude& q, const bignum& a, std::uint64_t d) {
+// Divides by a divisor that is a machine word, not 0; returns the remainder.
+std::uint64_t divide_scaled(Magnitude& q, const bignum& a, int scale, std::uint64_t d) {
   Magnitude limbs;
-  load(limbs, a);
-  return divide_short(q, limbs, d);
+  load(limbs, a, scale);
+  return divide_by_word(q, limbs, d);
 }
 
-// The quotient where no search is needed, its remainder text left to the caller.
-bignum shortcut_quotient(Shortcut kind, const bignum& a) {
-  if (kind == Shortcut::DIVIDEND) return a;
-  return value_of_short(kind == Shortcut::ONE ? 1 : 0, 0);
+// The magnitude of a * 10^scale / d, d_word being d where that is a machine word, else 0.
+Magnitude scaled_quotient(const bignum& a, int scale, const bignum& d, std::uint64_t d_word) {
+  Magnitude q;
+  if (d_word != 0) {
+    divide_scaled(q, a, scale, d_word);
+  } else {
+    Aligned x(a, d, scale);
+    divide_quotient(q, x.a, x.d);
+  }
+  return q;
 }
 
-// The division of magnitudes, neither of them zero. What is not asked for stays in limbs.
+// How two values divide. Whatever is asked of their quotient is asked of this.
 class Division {
  public:
   Division(const bignum& dividend, const bignum& divisor) : a(dividend), d(divisor) {
-    const Aligned x(a, d);
-    shift = x.shift;
-    if (debug_switch != 0) {
-      traced_divide(q, r, x);
-    } else {
-      divide(q, r, x.a, x.d);
-    }
+    const bool is_word = !shows_steps() && load_small(d_word, d) && d_word > 1;
+    way = is_word && load_small(a_word, a) ? Way::WORDS : long_way();
   }
 
-  bignum quotient() const { return value_of(q, sign_of_quotient(q.is_zero(), a, d)); }
-  bignum remainder() const { return value_of_shifted(r, shift); }  // not negative
+  // The quotient, without a remainder text.
+  bignum quotient() const {
+    if (way != Way::WORDS) return long_quotient();
+    const std::uint64_t q = a_word / d_word;
+    return value_of(q, sign_of(q == 0));
+  }
+
+  // What it leaves: never negative, but for a dividend that is handed on as it is.
+  bignum remainder() const {
+    if (way != Way::WORDS) return long_remainder();
+    const bool is_dividend = a.negative != 0 && d.negative != 0 && a_word < d_word;
+    return value_of(word_remainder(), is_dividend ? 1 : 0);
+  }
+  std::uint64_t word_remainder() const { return a_word % d_word; }  // for words
+
+  // The remainder of the magnitudes with that sign, for a way that is not WORDS.
+  [[gnu::noinline]] bignum signed_remainder(std::int16_t sign) const;
+
+  // Both.
+  struct Answer {
+    bignum q;
+    bignum r;
+  };
+  Answer both() const;
+
+  // The quotient of the magnitudes and its places, where these are found in machine words.
+  bool fixed_words(FixedWords& q) const;
+
+  Way way;
 
  private:
+  std::int16_t sign_of(bool quotient_is_zero) const {
+    return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
+  }
+
+  [[gnu::noinline]] Way long_way() const;
+  [[gnu::noinline]] bignum long_quotient() const;
+  [[gnu::noinline]] bignum long_remainder() const;
+  int divide_limbs(Magnitude& q, Magnitude& r) const;
+
   const bignum& a;
   const bignum& d;
-  Magnitude q;
-  Magnitude r;  // times 10^shift
-  int shift = 0;
+  std::uint64_t a_word = 0;
+  std::uint64_t d_word = 0;  // 0 for a divisor that is none
 };
 
-// The remainder that a division leaves, but for a divisor that equals 1.
-bignum remainder_of(Shortcut kind, const bignum& a, const bignum& d) {
-  if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) return a;
-  if (kind != Shortcut::NONE) return value_of_short(0, 0);
-  return Division(a, d).remainder();
+Way Division::long_way() const {
+  if (d_word > 1 && a.plain) return Way::WORD_DIVISOR;  // of a dividend that is greater
+  const Way exit = exit_of(a, d);
+  if (exit != Way::LIMBS) return exit;
+  if (shows_steps()) return Way::SEARCH;
+  return d_word != 0 ? Way::WORD_DIVISOR : Way::LIMBS;
 }
 
-// The magnitude as arithmetic reads it, "0" for no digits.
-bignum value_without_foreign(const bignum& b) {
-  Magnitude m;
-  load(m, b);
-  return value_of(m, 0);
+bignum Division::long_quotient() const {
+  if (way == Way::SEARCH) return both().q;
+  if (way == Way::DIVIDEND) return without_remainder(a);
+  if (way != Way::WORD_DIVISOR && way != Way::LIMBS) return value_of(way == Way::ONE ? 1 : 0, 0);
+  const Magnitude q = scaled_quotient(a, 0, d, d_word);
+  return value_of(q, sign_of(q.is_zero()));
 }
 
-}  // namespace
-
-std::int32_t debug_switch = 0;
-
-bignum bignum::operator/(const bignum& d) const {
-  const Shortcut kind = shortcut(*this, d);
-  if (kind == Shortcut::NONE) {
-    const Division division(*this, d);
-    bignum result = division.quotient();
-    result.keep_remainder(division.remainder());
-    return result;
-  }
-  bignum result = shortcut_quotient(kind, *this);
-  if (kind == Shortcut::ZERO_LEAVING_DIVIDEND) result.keep_remainder(*this);
-  return result;
-}
-
-bignum bignum::quotient(const bignum& d) const {
-  if (const Words x(*this, d); x.fit) {
-    if (x.d == 1 && d.negative == 0) return *this;
-    const std::uint64_t q = x.a / x.d;
-    return value_of_short(q, sign_of_quotient(q == 0, *this, d));
-  } else if (x.divisor_fits) {
-    Magnitude q;
-    divide_long(q, *this, x.d);
-    return value_of(q, sign_of_quotient(false, *this, d));
-  }
-  if (debug_switch != 0) return *this / d;
-  const Shortcut kind = shortcut(*this, d);
-  if (kind != Shortcut::NONE) return shortcut_quotient(kind, *this);
-  const Aligned x(*this, d);
+bignum Division::long_remainder() const {
   Magnitude q;
-  divide_quotient(q, x.a, x.d);
-  return value_of(q, sign_of_quotient(q.is_zero(), *this, d));
+  Magnitude r;
+  if (way == Way::WORD_DIVISOR) return value_of(divide_scaled(q, a, 0, d_word), 0);
+  if (way == Way::DIVIDEND) return a.get_remainder();
+  if (way == Way::ZERO_LEAVING_DIVIDEND) return without_remainder(a);
+  if (way != Way::LIMBS && way != Way::SEARCH) return value_of(0, 0);
+  const int shift = divide_limbs(q, r);
+  return value_of_shifted(r, shift);
 }
 
-// Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
-bool bignum::short_fixed_quotient(FixedPoint& q, const bignum& d) const {
-  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;  // half of the fixed places
-  const Words x(*this, d);
-  if (!x.fit || x.d >= HALF_SCALE) return false;
-  const std::uint64_t upper = x.a % x.d * HALF_SCALE;
-  const std::uint64_t lower = upper % x.d * HALF_SCALE;
-  q = {x.a / x.d, upper / x.d * HALF_SCALE + lower / x.d};
-  return true;
-}
-
-bool bignum::scaled_quotient(bignum& q, const bignum& d) const {
-  const bool fits = length + FIXED_PLACES < MAX_DIGITS && d.length + FIXED_PLACES < MAX_DIGITS;
-  if (!fits || debug_switch != 0 || !plain || !d.plain) return false;
-  std::uint64_t short_d = 0;
-  const bool is_short = load_short(short_d, d);
-  if (is_short && short_d == 0) return false;
-  if (!is_short) {
-    const Aligned x(*this, d, FIXED_PLACES);
-    Magnitude quotient;
-    divide_quotient(quotient, x.a, x.d);
-    q = value_of(quotient, 0);
-  } else {
-    Magnitude a;
-    Magnitude quotient;
-    load(a, *this, FIXED_PLACES);
-    divide_short(quotient, a, short_d);
-    q = value_of(quotient, 0);
+bignum Division::signed_remainder(std::int16_t sign) const {
+  if (way == Way::DIVIDEND) return value_of(0, sign);
+  bignum r = long_remainder();
+  if (r.length == 0 || !r.plain) {  // a dividend as arithmetic reads it
+    Magnitude digits;
+    load(digits, r);
+    r = value_of(digits, 0);
   }
-  return true;
-}
-
-bignum bignum::remainder(const bignum& d) const {
-  if (const Words x(*this, d); x.fit) {
-    const bool keeps_sign = negative != 0 && d.negative != 0 && x.a < x.d;
-    return value_of_short(x.a % x.d, keeps_sign ? 1 : 0);
-  } else if (x.divisor_fits) {
-    Magnitude q;
-    return value_of_short(divide_long(q, *this, x.d), 0);
-  }
-  const Shortcut kind = shortcut(*this, d);
-  return kind == Shortcut::DIVIDEND ? get_remainder() : remainder_of(kind, *this, d);
-}
-
-bignum bignum::operator%(const bignum& b) const {
-  const std::int16_t sign = negative != 0 ? 1 : 0;
-  if (b.equals_digit('0')) return value_of_short(0, sign);
-  if (const Words x(*this, b); x.fit) {
-    return value_of_short(x.a % x.d, sign);
-  } else if (x.divisor_fits) {
-    Magnitude q;
-    return value_of_short(divide_long(q, *this, x.d), sign);
-  }
-  const Shortcut kind = shortcut(*this, b);
-  if (kind == Shortcut::DIVIDEND) return value_of_short(0, sign);
-  bignum r = remainder_of(kind, *this, b);
-  if (r.length == 0 || !r.plain) r = value_without_foreign(r);
   r.negative = sign;
   return r;
 }
 
-bignum bignum::div2() const {
-  bignum half;
-  half.set_to_half(*this);
-  return half;
+Division::Answer Division::both() const {
+  if (way != Way::LIMBS && way != Way::SEARCH) return {quotient(), remainder()};
+  Magnitude q;
+  Magnitude r;
+  const int shift = divide_limbs(q, r);
+  return {value_of(q, sign_of(q.is_zero())), value_of_shifted(r, shift)};
 }
 
-void bignum::set_to_half(const bignum& b) {
-  const Digits digits(b);
-  finish(std::max(halve_digits(vlstr, digits.text, digits.length), 1), 0);
+// Divides limbs by limbs, by a search where that is to be seen. The remainder comes out multiplied
+// by a power of ten, whose exponent is returned.
+int Division::divide_limbs(Magnitude& q, Magnitude& r) const {
+  Aligned x(a, d);
+  bool is_found = false;
+  if (way == Way::SEARCH) {
+    is_found = search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
+  }
+  if (!is_found) divide(q, r, x.a, x.d);
+  if (way == Way::SEARCH) std::printf("\r\n");
+  return x.shift;
 }
 
-void bignum::keep_remainder(const bignum& r) {
-  char* text = r.to_string();
-  if (text == nullptr) out_of_memory();
-  free_and_null(&remainder_text);
-  remainder_text = text;
+// Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
+bool Division::fixed_words(FixedWords& q) const {
+  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;
+  static_assert(FIXED_PLACES == 2 * 9);
+  if (way != Way::WORDS || d_word >= HALF_SCALE) return false;
+  const std::uint64_t upper = a_word % d_word * HALF_SCALE;
+  const std::uint64_t lower = upper % d_word * HALF_SCALE;
+  q = {a_word / d_word, upper / d_word * HALF_SCALE + lower / d_word};
+  return true;
+}
+
+}  // namespace
+
+bignum bignum::operator/(const bignum& d) const {
+  const Way exit = exit_of(*this, d);
+  if (exit == Way::DIVIDEND) return *this;
+  Division::Answer answer = Division(*this, d).both();
+  if (exit == Way::LIMBS || exit == Way::ZERO_LEAVING_DIVIDEND) {
+    const HeapText text(answer.r.to_string());
+    if (text == nullptr) out_of_memory();
+    answer.q.set_remainder(text.get());
+  }
+  return answer.q;
+}
+
+bignum bignum::quotient(const bignum& d) const { return Division(*this, d).quotient(); }
+
+bignum bignum::remainder(const bignum& d) const { return Division(*this, d).remainder(); }
+
+bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
+  const int longest = std::max(length, d.length);
+  if (longest + FIXED_PLACES >= MAX_DIGITS || !plain || !d.plain || shows_steps()) return false;
+  std::uint64_t d_word = 0;
+  if (load_small(d_word, d) && d_word == 0) return false;
+  bignum scaled = value_of(scaled_quotient(*this, FIXED_PLACES, d, d_word), 0);
+  // A divisor below 10^FIXED_PLACES leaves nothing behind zeros.
+  const int places = std::min(scaled.length, FIXED_PLACES);
+  if (d.length > FIXED_PLACES && significant_length(scaled.vlstr, places) == 0) return false;
+  q = std::move(scaled);
+  return true;
+}
+
+bool bignum::fixed_quotient(FixedWords& q, const bignum& d) const {
+  const bool may_fit = length <= SMALL_DIGITS && d.length <= SMALL_DIGITS;
+  return may_fit && Division(*this, d).fixed_words(q);
+}
+
+bignum bignum::operator%(const bignum& b) const {
+  const std::int16_t sign = negative != 0 ? 1 : 0;
+  if (b.equals_digit('0')) return value_of(0, sign);
+  const Division division(*this, b);
+  if (division.way == Way::WORDS) return value_of(division.word_remainder(), sign);
+  return division.signed_remainder(sign);
 }
 
 }  // namespace omrel

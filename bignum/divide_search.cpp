@@ -33,7 +33,7 @@ void mark(std::uint16_t colour) {
 
 class Search {
  public:
-  Search(Magnitude& quotient, const Magnitude& dividend, const Magnitude& divisor)
+  Search(Magnitude& quotient, const Magnitude& dividend, Magnitude& divisor)
       : q(quotient), a(dividend), d(divisor) {}
 
   void estimate(const char* a_digits, int a_length, int d_length) {
@@ -104,14 +104,14 @@ class Search {
 
   Magnitude& q;
   const Magnitude& a;
-  const Magnitude& d;
+  Magnitude& d;
   Magnitude product;
   int order = 0;
 };
 
 }  // namespace
 
-bool search_quotient(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d,
+bool search_quotient(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d,
                      const char* a_digits, int a_length, int d_length) {
   Search search(q, a, d);
   search.estimate(a_digits, a_length, d_length);

@@ -1,7 +1,7 @@
 // The search for a quotient that the debug switch shows.
 #pragma once
 
-#include "bignum/limbs.h"
+#include "bignum/magnitude/magnitude.h"
 
 namespace omrel {
 
@@ -11,7 +11,7 @@ namespace omrel {
 //           digit count, which give the first estimate.
 // Result:   true when q and r are the exact quotient and remainder; false when the cap on unit
 //           steps ended the search before.
-bool search_quotient(Magnitude& q, Magnitude& r, const Magnitude& a, const Magnitude& d,
+bool search_quotient(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d,
                      const char* a_digits, int a_length, int d_length);
 
 }  // namespace omrel

@@ -5,8 +5,6 @@
 
 #include "bignum/bignum.h"
 #include "bignum/convert.h"
-#include "bignum/digit_text.h"
-#include "bignum/limbs.h"
 
 namespace omrel {
 namespace {
@@ -19,18 +17,19 @@ int rows_length(int a_length, int b_length) {
 }
 
 bignum product(const bignum& a, const bignum& b, std::int16_t sign) {
-  std::uint64_t short_a = 0;
-  std::uint64_t short_b = 0;
-  if (a.length <= SHORT_DIGITS / 2 && b.length <= SHORT_DIGITS / 2 && load_short(short_a, a) &&
-      load_short(short_b, b)) {
-    return value_of_short(short_a * short_b, sign);
+  std::uint64_t small_a = 0;
+  std::uint64_t small_b = 0;
+  if (a.length <= SMALL_DIGITS / 2 && b.length <= SMALL_DIGITS / 2 && load_small(small_a, a) &&
+      load_small(small_b, b)) {
+    return value_of(small_a * small_b, sign);
   }
   Magnitude x;
   Magnitude y;
   Magnitude xy;
   load(x, a);
-  load(y, b);
-  if (!multiply(xy, x, y)) overflow();
+  if (&a != &b) load(y, b);
+  const bool fits = &a != &b ? multiply(xy, x, y) : x.is_zero() || square(xy, x);
+  if (!fits) overflow();
   return value_of(xy, sign);
 }
 
@@ -43,35 +42,9 @@ bignum bignum::operator*(const bignum& b) const {
   if (shown > result.length) {
     const auto missing = static_cast<std::size_t>(shown - result.length);
     std::memset(result.vlstr + result.length, '0', missing);
-    result.finish(shown, sign);
+    result.end_digits(shown, sign);
   }
   return result;
-}
-
-bignum bignum::multiply_digit(int m) const {
-  const Digits digits(*this);
-  bignum result;
-  int carry = 0;  // 0 <= carry <= 8
-  for (int i = 0; i < digits.length; ++i) {
-    const int p = (digits.text[i] - '0') * m + carry;
-    carry = p / 10;
-    result.vlstr[i] = static_cast<char>('0' + p % 10);
-  }
-  int n = digits.length;
-  if (carry != 0) result.vlstr[n++] = static_cast<char>('0' + carry);
-  result.finish(n, 0);
-  return result;
-}
-
-bignum bignum::shift_digits(int n) {
-  if (n < MAX_DIGITS - length) {
-    std::memmove(vlstr + n, vlstr, static_cast<std::size_t>(length));
-    std::memset(vlstr, '0', static_cast<std::size_t>(n));
-    const bool was_plain = plain;
-    finish(length + n, negative);
-    plain = was_plain;
-  }
-  return *this;
 }
 
 }  // namespace omrel

@@ -93,13 +93,14 @@ class Attempts {
         return false;
       }
     }
-    candidate.finish(n, 0);
+    candidate.end_digits(n, 0);
     if (candidate < low || candidate > high) candidate.drop_digit();
     return !(candidate < low) && !(candidate > high);
   }
 
  private:
-  static int digits_of(const bignum& b) { return significant_length(b.vlstr, b.length); }
+  // The object's own characters are gone when it is a bound, too.
+  static int digits_of(const bignum& b) { return significant_length(b.vlstr, b.text_length()); }
 
   const bignum& low;
   const bignum& high;
@@ -141,8 +142,8 @@ std::int32_t mt_range(std::int32_t lo, std::int32_t hi) {
 bignum bignum::rnd(const bignum& low, const bignum& high) {
   if (low.length <= 0 || high.length <= 0) return bignum(0);
   if (vlstr == nullptr) fatal_exit("vlstr is NULL in bignum::rnd()\n", 0);
-  std::memset(vlstr, '\0', MAX_DIGITS);
-  plain = false;  // no characters, whatever the length
+  std::memset(vlstr, '\0', (MAX_DIGITS + 7) / 8 * 8);  // whole words: what is drawn is padded
+  plain = false;                                       // no characters, whatever the length
   const Attempts attempts(low, high);
   bignum candidate;
   for (int count = 0; count < MAX_ATTEMPTS; ++count) {

@@ -1,9 +1,8 @@
-# What a Debian package has besides what is installed everywhere: copyright, change log and a word
-# to lintian; and change log and man page compressed. Runs on the staged tree, before it is packed.
+# What a Debian package has besides what is installed everywhere: change log and a word to lintian;
+# and change log and man page compressed. Runs on the staged tree, before it is packed.
 set(TREE ${CPACK_TEMPORARY_DIRECTORY}/usr)
 set(DOC ${TREE}/share/doc/${CPACK_PACKAGE_NAME})
 
-file(COPY ${CPACK_OMREL_SOURCE}/doc/copyright DESTINATION ${DOC})
 file(COPY_FILE ${CPACK_OMREL_SOURCE}/CHANGELOG.md ${DOC}/changelog)
 string(TIMESTAMP DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)  # SOURCE_DATE_EPOCH's, where that is set
 file(WRITE ${DOC}/changelog.Debian

@@ -45,14 +45,18 @@ constexpr std::uint64_t key_of(const char* word) {
 }
 
 // Finds a word's row by hashing its key, so that every word costs the same: the row is at the
-// hash or in one of the slots behind it, before an empty one. No word has two rows.
+// hash or in one of the slots behind it, before an empty one. A word that could not be found, being
+// too long or having a row already, does not compile.
 class Index {
  public:
   constexpr Index() {
     for (std::size_t row = 0; row < std::size(OPERATORS); ++row) {
       const std::uint64_t key = key_of(OPERATORS[row].word);
+      if (key == 0) throw "an operator word has one to eight letters";
       std::size_t i = hash(key);
-      while (slots[i].key != 0) i = (i + 1) % SLOT_COUNT;
+      for (; slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
+        if (slots[i].key == key) throw "an operator word has one row";
+      }
       slots[i] = {key, &OPERATORS[row]};
     }
   }

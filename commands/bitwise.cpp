@@ -8,17 +8,27 @@ namespace {
 
 // A count below 1 leaves the value as it is, sign included.
 int shift(const Call& call, bignum (bignum::*by)(std::int32_t) const) {
-  const std::int32_t n = count_of(call.text(3));
-  const bignum a = number(call, 2);
+  const std::int32_t n = parse_count(call.text(3));
+  const bignum a = operand(call, 2);
   bignum shifted = n < 1 ? a : (a.*by)(n);
   narrow(shifted, width_of(call));
   return hand_over(call, shifted);
 }
 
+// Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
+int combine(const Call& call, bignum (bignum::*with)(const bignum&) const) {
+  const std::int32_t width = width_of(call);
+  bignum a = operand(call, 2);
+  bignum b = operand(call, 3);
+  narrow(a, width);
+  narrow(b, width);
+  return hand_over(call, (a.*with)(b), "", 0);
+}
+
 }  // namespace
 
 std::int32_t width_of(const Call& call) {
-  const std::int32_t width = call.count >= 5 ? count_of(call.text(4)) : 0;
+  const std::int32_t width = call.count >= 5 ? parse_count(call.text(4)) : 0;
   return width < 1 ? 0 : width;
 }
 
@@ -28,52 +38,41 @@ void narrow(bignum& a, std::int32_t width) {
   a = a.low_bits(width);
 }
 
-// Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
 int op_and(const Call& call) {
   mark_line();
-  const std::int32_t width = width_of(call);
-  bignum a = number(call, 2);
-  bignum b = number(call, 3);
-  narrow(a, width);
-  narrow(b, width);
-  return hand_over(call, a & b, "", 0);
+  return combine(call, &bignum::operator&);
 }
 
 int op_or(const Call& call) {
   mark_line();
-  const std::int32_t width = width_of(call);
-  bignum a = number(call, 2);
-  bignum b = number(call, 3);
-  narrow(a, width);
-  narrow(b, width);
-  return hand_over(call, a | b, "", 0);
+  return combine(call, &bignum::operator|);
 }
 
 int op_xor(const Call& call) {
   mark_line();
-  return hand_over(call, number(call, 2) ^ number(call, 3));
+  return hand_over(call, operand(call, 2) ^ operand(call, 3));
 }
 
 int op_power(const Call& call) {
   mark_line();
-  return hand_over(call, bignum::pow(number(call, 2), count_of(call.text(3))));
+  return hand_over(call, bignum::pow(operand(call, 2), parse_count(call.text(3))));
 }
 
 int op_max(const Call& call) {
   mark_line();
-  return hand_over(call, bignum::max(number(call, 2), number(call, 3)));
+  return hand_over(call, bignum::max(operand(call, 2), operand(call, 3)));
 }
 
 int op_min(const Call& call) {
   mark_line();
-  return hand_over(call, bignum::min(number(call, 2), number(call, 3)));
+  return hand_over(call, bignum::min(operand(call, 2), operand(call, 3)));
 }
 
 // The answer is what the draw leaves in r: 0, not the lower bound, when no value was found.
 int op_random(const Call& call) {
   mark_line();
-  const bignum low = number(call, 2);
-  const bignum high = number(call, 3);
+  const bignum low = operand(call, 2);
+  const bignum high = operand(call, 3);
   bignum r(0);
   r.rnd(low, high);
   return hand_over(call, r);

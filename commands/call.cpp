@@ -1,16 +1,10 @@
 #include "commands/call.h"
 
 #include "plugin/host_link.h"
+#include "support/line_marker.h"
 
 namespace omrel {
 namespace {
-
-[[gnu::noinline]] int hand_over_long(const Call& call, const bignum& answer, const char* fallback,
-                                     int fallback_code) {
-  const HeapText text(answer.to_string());
-  set_result(call.interp, text == nullptr ? fallback : text.get());
-  return text == nullptr ? fallback_code : 0;
-}
 
 bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -18,9 +12,9 @@ bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 const char* Call::text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
 
-bignum number(const Call& call, int i) { return bignum(call.texts[i], 0); }
+bignum operand(const Call& call, int i) { return bignum(call.texts[i], 0); }
 
-std::int32_t count_of(const char* text) {
+std::int32_t parse_count(const char* text) {
   while (is_space(*text)) ++text;
   const bool negative = *text == '-';
   if (*text == '-' || *text == '+') ++text;
@@ -31,20 +25,19 @@ std::int32_t count_of(const char* text) {
   return static_cast<std::int32_t>(negative ? 0 - value : value);
 }
 
-AnswerText::AnswerText(const bignum& answer) : text(short_text) {
-  if (!answer.write_short_text(short_text, sizeof short_text)) {
-    owned.reset(answer.to_string());
-    text = owned.get();
-  }
+int refuse(const Call& call, const char* message, std::int32_t line) {
+  mark_line(line);
+  return report_exception(call.name(), message);
+}
+
+int hand_over(const Call& call, const AnswerText& answer, const char* fallback, int fallback_code) {
+  const bool is_made = answer.get() != nullptr;
+  set_result(call.interp, is_made ? answer.get() : fallback);
+  return is_made ? 0 : fallback_code;
 }
 
 int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
-  char short_text[SHORT_TEXT];
-  if (!answer.write_short_text(short_text, sizeof short_text)) {
-    return hand_over_long(call, answer, fallback, fallback_code);
-  }
-  set_result(call.interp, short_text);
-  return 0;
+  return hand_over(call, AnswerText(DecimalText(answer)), fallback, fallback_code);
 }
 
 int hand_over(const Call& call, const bignum& answer) { return hand_over(call, answer, "0", 1); }

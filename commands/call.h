@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 
-#include "bignum/bignum.h"
+#include "bignum/text_form.h"
 #include "support/text.h"
 
 namespace omrel {
@@ -20,34 +21,50 @@ struct Call {
   const char* word() const { return text(1); }
 };
 
-// Room for an answer that takes no heap.
-constexpr int SHORT_TEXT = 320;
-
-// An answer's text for as long as the host needs it; a short one takes no heap.
+// An answer's text, of any form in bignum/text_form.h, for as long as the host needs it. Up to 300
+// characters take no heap.
 class AnswerText {
  public:
-  explicit AnswerText(const bignum& answer);
+  template <class Form>
+  explicit AnswerText(const Form& form)
+      : text(form.room() > sizeof stack_text ? heap_text(form) : written(form)) {}
+  ~AnswerText() {
+    if (text != stack_text) std::free(text);
+  }
+  AnswerText(const AnswerText&) = delete;
+  void operator=(const AnswerText&) = delete;
 
   // The text; null when there was no memory for it.
   const char* get() const { return text; }
 
  private:
-  char short_text[SHORT_TEXT];
-  HeapText owned;
-  const char* text;
+  template <class Form>
+  char* written(const Form& form) {
+    form.write(stack_text);
+    return stack_text;
+  }
+
+  char stack_text[320];
+  char* const text;
 };
 
 // The i-th text, which the call has, as a number; see bignum's constructor from text.
-bignum number(const Call& call, int i);
+bignum operand(const Call& call, int i);
 
 // Reads a count as 32 bits wide atol does: white space, one sign, digits; the value wraps.
-std::int32_t count_of(const char* text);
+std::int32_t parse_count(const char* text);
+
+// Reports an error of the script's on the console, naming the command and the line of the caller
+// (or the one given, which is its caller's), and returns 1.
+int refuse(const Call& call, const char* message, std::int32_t line = __builtin_LINE());
 
 // Makes the answer the command's result and returns 0. Without memory for its text, the fallback
 // is the result and the code is returned.
-int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code);
+int hand_over(const Call& call, const AnswerText& answer, const char* fallback, int fallback_code);
 
-// Hands over with the fallback of the two-operand words: "0", an error.
+// The same for a value in decimal; the second one with the fallback of the two-operand words: "0",
+// an error.
+int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code);
 int hand_over(const Call& call, const bignum& answer);
 
 // Makes "1" or "0" the result and returns 0.

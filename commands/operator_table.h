@@ -1,5 +1,5 @@
-// The operator words of `big`, in the order in which they are compared: word, number of texts that
-// admits it, function. A new word is one row here and one function.
+// The operator words of `big`: word, number of texts that admits it, function. No word has two
+// rows, so their order decides nothing. A new word is one row here and one function.
 #pragma once
 
 #include "commands/call.h"

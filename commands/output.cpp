@@ -5,7 +5,6 @@
 #include "plugin/host_link.h"
 #include "support/console.h"
 #include "support/line_marker.h"
-#include "support/text.h"
 
 namespace omrel {
 namespace {
@@ -51,21 +50,16 @@ int op_to_binary(const Call& call) {
                 call.text(2));
     return 1;
   }
-  const bool prefixed = !has_option(call, "-noprefix");
-  const bignum x = number(call, 2);
-  char short_text[2 + SHORT_BINARY_TEXT] = {'0', 'b'};
-  if (bignum::write_short_binary(short_text + 2, x)) {
-    set_result(call.interp, short_text + (prefixed ? 0 : 2));
-    return 0;
-  }
-  const HeapText text(bignum::inttobin(x, prefixed ? "0b" : ""));
-  set_result(call.interp, text == nullptr ? "" : text.get());
+  const bool is_prefixed = !has_option(call, "-noprefix");
+  const bignum x = operand(call, 2);
+  if (x.has_binary_form()) return hand_over(call, AnswerText(BinaryText(x, is_prefixed)), "", 0);
+  set_result(call.interp, "");
   return 0;
 }
 
 int op_graph(const Call& call) {
   mark_line();
-  const std::int32_t width = call.count == 4 ? count_of(call.text(3)) : 0;
+  const std::int32_t width = call.count == 4 ? parse_count(call.text(3)) : 0;
   const Canvas canvas;
   std::int32_t column = 0;
   for (const char* c = call.text(2); *c != '\0'; ++c) {

@@ -32,7 +32,7 @@ int step(const Call& call, bool up) {
   } else if (!result.step_lowest(up)) {
     result = up ? result.increment() : result.decrement();
   }
-  const AnswerText text(result);
+  const AnswerText text{DecimalText(result)};
   const bool made = text.get() != nullptr;
   const char* shown = made ? text.get() : "0";
   if (var != nullptr) replace_value(var, shown);
@@ -58,38 +58,38 @@ int op_decrement(const Call& call) {
 
 int op_halve(const Call& call) {
   mark_line();
-  bignum a = number(call, 2);
+  bignum a = operand(call, 2);
   a.halve();
   return answer(call, a);
 }
 
 int op_power_of_two(const Call& call) {
   mark_line();
-  return answer(call, bignum::pow2(number(call, 2)));
+  return answer(call, bignum::pow2(operand(call, 2)));
 }
 
 int op_drop_digit(const Call& call) {
   mark_line();
-  bignum a = number(call, 2);
+  bignum a = operand(call, 2);
   a.drop_digit();
   return answer(call, a);
 }
 
 int op_abs(const Call& call) {
   mark_line();
-  bignum a = number(call, 2);
+  bignum a = operand(call, 2);
   a.set_sign(0);
   return answer(call, a);
 }
 
 int op_is_even(const Call& call) {
   mark_line();
-  return hand_over_truth(call, number(call, 2).is_even());
+  return hand_over_truth(call, operand(call, 2).is_even());
 }
 
 int op_fibonacci(const Call& call) {
   mark_line();
-  const std::int32_t n = count_of(call.text(2));
+  const std::int32_t n = parse_count(call.text(2));
   if (n > MAX_FIBONACCI) {
     std::printf("big fib: Value %s out of range\n", call.text(2));
     return 1;
@@ -99,14 +99,14 @@ int op_fibonacci(const Call& call) {
 
 int op_factorial(const Call& call) {
   mark_line();
-  const std::int32_t n = count_of(call.text(2));
-  if (n > MAX_FACTORIAL) return report_exception(call.name(), "Argument too big");
+  const std::int32_t n = parse_count(call.text(2));
+  if (n > MAX_FACTORIAL) return refuse(call, "Argument too big");
   return answer(call, bignum::fact(n));
 }
 
 int op_square_root(const Call& call) {
   mark_line();
-  return answer(call, bignum::sqrt(number(call, 2)));
+  return answer(call, bignum::sqrt(operand(call, 2)));
 }
 
 int op_from_binary(const Call& call) {
@@ -118,12 +118,12 @@ int op_from_binary(const Call& call) {
 
 int op_complement(const Call& call) {
   mark_line();
-  return answer(call, ~number(call, 2));
+  return answer(call, ~operand(call, 2));
 }
 
 int op_not(const Call& call) {
   mark_line();
-  return hand_over_truth(call, number(call, 2).equals_digit('0'));
+  return hand_over_truth(call, operand(call, 2).equals_digit('0'));
 }
 
 int op_debug(const Call& call) {

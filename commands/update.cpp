@@ -19,9 +19,9 @@ HostVar* variable_or_zero(const Call& call) {
   return var;
 }
 
-bool refused(const Call& call, const HostVar* var) {
+bool refused(const Call& call, const HostVar* var, std::int32_t line = __builtin_LINE()) {
   if (var != nullptr && var->value != nullptr) return false;
-  report_exception(call.name(), "Invalid variable argument");
+  refuse(call, "Invalid variable argument", line);
   return true;
 }
 
@@ -34,29 +34,29 @@ int store(const Call& call, HostVar* var, const AnswerText& answer) {
 }
 
 int replace(const Call& call, HostVar* var, const bignum& answer) {
-  const AnswerText text(answer);
+  const AnswerText text{DecimalText(answer)};
   free_var_value(var);
   return store(call, var, text);
 }
 
 // The words that need a variable with a value; `combine` makes the answer from it and the number.
 template <class Combine>
-int update(const Call& call, Combine combine) {
+int update(const Call& call, Combine combine, std::int32_t line = __builtin_LINE()) {
   HostVar* var = get_var(call.interp, call.text(2));
-  if (refused(call, var)) return 1;
+  if (refused(call, var, line)) return 1;
   bignum a(var->value, 0);
-  bignum b = number(call, 3);
+  bignum b = operand(call, 3);
   return replace(call, var, combine(a, b));
 }
 
 template <class Combine>
-int update_narrowed(const Call& call, Combine combine) {
-  const std::int32_t width = width_of(call);
-  return update(call, [width, combine](bignum& a, bignum& b) {
+int update_narrowed(const Call& call, Combine combine, std::int32_t line = __builtin_LINE()) {
+  const auto combine_narrowed = [width = width_of(call), combine](bignum& a, bignum& b) {
     narrow(a, width);
     narrow(b, width);
     return combine(a, b);
-  });
+  };
+  return update(call, combine_narrowed, line);
 }
 
 }  // namespace
@@ -92,7 +92,8 @@ int op_update_add(const Call& call) {
   HostVar* var = variable_or_zero(call);
   if (refused(call, var)) return 1;
   bignum a(var->value, 0);
-  const AnswerText text(a + number(call, 3));
+  const bignum sum = a + operand(call, 3);
+  const AnswerText text{DecimalText(sum)};
   free_var_value(var);
   var->value = nullptr;
   return store(call, var, text);
@@ -102,9 +103,9 @@ int op_update_add(const Call& call) {
 int op_update_subtract(const Call& call) {
   mark_line();
   HostVar* var = variable_or_zero(call);
-  if (var == nullptr) return report_exception(call.name(), "Invalid variable");
+  if (var == nullptr) return refuse(call, "Invalid variable");
   bignum a(var->value, 0);
-  return replace(call, var, a - number(call, 3));
+  return replace(call, var, a - operand(call, 3));
 }
 
 }  // namespace omrel

@@ -24,7 +24,7 @@ puts "mul 12 34: [mul 12 34], double 21: [double 21]"
 namespace eval ratio {
     proc plus {a b c d} { reduce [big + [big * $a $d] [big * $c $b]] [big * $b $d] }
     proc reduce {a b} { set d [gcd $a $b]; list [big / $a $d] [big / $b $d] }
-    proc gcd {a b} { expr {[big == $b 0] ? $a : [gcd $b [big % $a $b]]} }
+    proc gcd {a b} { expr {[big == $b 0] ? [big abs $a] : [gcd $b [big + [big % $a $b] 0]]} }
     namespace ensemble create -map {
         plus plus reduce reduce decimal {::big fdiv} mean {::big mean}
     }

@@ -1,25 +1,8 @@
 # RSA with two primes far too small for real use: scripts/run examples/rsa.tcl ?MESSAGE?
 package require omrel_bignum
 
-# a to the power e, modulo m: squares a once for each bit of e, and multiplies where the bit is 1.
-proc mod_power {a e m} {
-    for {set result 1} {[big > $e 0]} {set e [big div2 $e]} {
-        if {![big is_even $e]} { set result [big % [big * $result $a] $m] }
-        set a [big % [big * $a $a] $m]
-    }
-    return $result
-}
-
-# The x with a * x = 1 modulo m, by Euclid's algorithm; a and m have no common factor.
-proc mod_inverse {a m} {
-    lassign [list $m 0 $a 1] r x next_r next_x
-    while {[big != $next_r 1]} {
-        set q [big / $r $next_r]
-        lassign [list $next_r $next_x [big % $r $next_r] [big - $x [big * $q $next_x]]] \
-            r x next_r next_x
-    }
-    expr {[big < $next_x 0] ? [big + $next_x $m] : $next_x}
-}
+# mod_power and mod_inverse
+source [file join [file dirname [info script]] numbers.tcl]
 
 # A text as one number, eight bits a byte, and back.
 proc number_of {text} {

@@ -2,18 +2,14 @@
 // it can. An input is a line of words: options, the value of the variable x ("none", "null" or the
 // text), then the call's own, such as "- 41 ++ x". The texts are written as split reads them.
 //
-// Options: a letter of LETTERS takes that callback away, in lower case it throws; 'e' lets the
-// host refuse to create variables, 'u' withdraws the link, 'd' turns the trace on.
-#include <gtest/gtest.h>
-
+// Options: 'e' lets the host refuse to create variables, 'd' turns the trace on.
 #include <algorithm>
-#include <cctype>
-#include <cstdint>
-#include <cstdio>
+#include <cstring>
+#include <random>
 
 #include "bignum/bignum.h"
-#include "plugin/host_link.h"
-#include "tests/oracle.h"
+#include "commands/operator_table.h"
+#include "tests/recording_host.h"
 
 namespace {
 
@@ -35,32 +31,18 @@ extern "C" {
 namespace omrel::test {
 namespace {
 
-const std::string LETTERS = "GSVFCRW";  // of CALLBACKS
-
 // Searches step by step take too long on longer numbers.
 constexpr std::size_t MAX_SEARCHED = 100;
-
-void set_up(RecordingHost& host, const std::string& options, const std::string& value) {
-  for (const char option : options) {
-    const std::size_t i = LETTERS.find(static_cast<char>(std::toupper(option)));
-    if (i == std::string::npos) continue;
-    if (option == LETTERS[i]) host.null_callbacks.insert(CALLBACKS[i]);
-    if (option != LETTERS[i]) host.throwing_callback = CALLBACKS[i];
-  }
-  host.set_var_status = options.find('e') == std::string::npos ? 0 : 1;
-  debug_switch = options.find('d') == std::string::npos ? 0 : 1;
-  if (options.find('u') != std::string::npos) host_linked = false;
-  if (value == "null") host.set("x", std::nullopt);
-  if (value != "null" && value != "none") host.set("x", value);
-}
 
 // The answer that GMP wants of a host without faults.
 std::optional<std::string> wanted(const RecordingHost& host, const Words& words) {
   if (words.size() < 3) return std::nullopt;
-  if (words[2] == "x" && host.has("x")) return answer_by_gmp(words, host.get("x").value_or(""));
-  if (!updates(words[1])) return answer_by_gmp(words, words[2]);
-  const bool is_created = words[1] == "+=" || words[1] == "-=";
-  return is_created ? answer_by_gmp(words, "0") : std::nullopt;
+  const std::string& word = words[1];
+  if (words[2] == "x" && host.variables.count("x") != 0) {
+    return answer_by_gmp(words, host.get("x").value_or(""));
+  }
+  if (word == "+=" || word == "-=") return answer_by_gmp(words, "0");  // created
+  return updates(word) && word[1] == '=' ? std::nullopt : answer_by_gmp(words, words[2]);
 }
 
 // A call either gives the answer or ends the process, and leaves a variable that it does not
@@ -78,15 +60,54 @@ void check(RecordingHost& host, const Words& words, bool is_faultless) {
     ASSERT_TRUE(has_ended || outcome.result == answer) << printable(words) << *answer;
   }
   if (!is_faultless || words.size() < 3 || words[2] != "x") return;
-  const bool is_update = updates(words[1]) || words[1] == "++" || words[1] == "--";
-  const bool is_updated = is_update && !has_ended && outcome.code == 0 && host.has("x");
+  const bool is_updated =
+      updates(words[1]) && !has_ended && outcome.code == 0 && host.variables.count("x") != 0;
   const std::optional<std::string> after = host.get("x");
   const bool is_kept = after == before || (!before && after == "0");  // created
   ASSERT_TRUE(is_updated ? after == outcome.result : is_kept) << printable(words);
 }
 
+using Draw = std::mt19937;
+
+// A number of the digits, with a run of them here and there.
+std::string drawn(Draw& draw, const std::string& digits) {
+  std::string text = draw() % 4 == 0 ? "-" : "";
+  for (auto n = 1 + draw() % 40; n > 0; --n) {
+    text += digits[draw() % digits.size()];
+    if (draw() % 24 == 0) text += "^" + std::to_string(draw() % 700) + "_";
+  }
+  return text;
+}
+
+// A call that GMP judges: a word with the operands that it takes, counts among them.
+std::string drawn_call(Draw& draw) {
+#define OMREL_ROW(word, admitted, function) word,
+  static const Words WORDS{OMREL_OPERATORS(OMREL_ROW)};
+  const std::string& word = WORDS[draw() % WORDS.size()];
+  const std::string count = std::to_string(draw() % (draw() % 2 == 0 ? 80 : 1001));
+  std::string first = drawn(draw, word == "bintoint" ? "01" : "0099123456789");
+  if (is_one_of(word, " fact fib pow2 ")) first = count;
+  std::string call = (draw() % 9 == 0 ? "d " : "- ") + first + " " + word + " ";
+  call += updates(word) ? "x" : first;
+  if (takes_one(word)) return call;
+  const bool has_count = is_one_of(word, " ** pow << >> ");
+  call += " " + (has_count ? count : drawn(draw, "0099123456789"));
+  return draw() % 4 == 0 ? call + " " + std::to_string(draw() % 300) : call;
+}
+
 }  // namespace
 }  // namespace omrel::test
+
+// Every other input is such a call.
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t max_size, unsigned seed) {
+  omrel::test::Draw draw(seed);
+  const std::string call = draw() % 2 == 0 ? "" : omrel::test::drawn_call(draw);
+  if (call.empty() || call.size() > max_size) return LLVMFuzzerMutate(data, size, max_size);
+  std::memcpy(data, call.data(), call.size());
+  return call.size();
+}
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   GTEST_FLAG_SET(throw_on_failure, true);
@@ -95,6 +116,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace omrel::test;
+  using omrel::debug_switch;
   std::string input(reinterpret_cast<const char*>(data), size);
   input.resize(std::min(input.find('\0'), size));
   Words words = split(input);
@@ -102,13 +124,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string options = words[0], value = words[1];
   words.erase(words.begin());
   words[0] = "big";
-  const bool is_searching = options.find('d') != std::string::npos;
+  debug_switch = options.find('d') == std::string::npos ? 0 : 1;
   for (std::string& word : words) {
     const bool is_slow = words[1] == "rnd" || (words[1] == "sqrt" && word[0] == '-');
-    if (is_searching || is_slow) word.resize(std::min(word.size(), MAX_SEARCHED));
+    if (debug_switch != 0 || is_slow) word.resize(std::min(word.size(), MAX_SEARCHED));
   }
   RecordingHost host;
-  set_up(host, options, value);
-  check(host, words, options.find_first_not_of("-du") == std::string::npos);
+  host.set_var_status = options.find('e') == std::string::npos ? 0 : 1;
+  if (value != "none") host.set("x", value == "null" ? std::nullopt : std::optional(value));
+  check(host, words, options.find_first_not_of("-d") == std::string::npos);
   return 0;
 }

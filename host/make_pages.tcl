@@ -1,12 +1,11 @@
-# Writes what README.md tells of `big` in its other forms, so that it is told once:
+# Writes what doc/reference.md tells of `big` in its other forms, so that it is told once:
 #
 #   tclsh make_pages.tcl SOURCE-DIRECTORY VERSION DATE
 #
-#   big.n           the man page: doc/big.n.in with sections of README.md in it
-#   omrel_help.tcl  the proc omrel::help: host/omrel_help.tcl.in with README.md's tables in it
-#   big.words       the words, one a line, for completion
+#   big.n           the man page: doc/big.n.in with the sections in it
+#   omrel_help.tcl  the proc omrel::help: host/omrel_help.tcl.in with the tables in it
 #
-# It understands what README.md uses: headings, paragraphs, indented code, lists of one level, and
+# It understands what that file uses: headings, paragraphs, indented code, lists of one level, and
 # tables with the columns words, arguments, answer, examples and errors.
 
 proc contents {path} {
@@ -25,13 +24,13 @@ proc write {path text} {
 # --- reading ------------------------------------------------------------------------------------
 
 # The blocks of a section, which blank lines separate.
-proc blocks {readme title} {
+proc blocks {reference title} {
     set heading "\n## $title\n"
-    set start [string first $heading $readme]
-    if {$start < 0} { error "README.md has no section \"$title\"" }
+    set start [string first $heading $reference]
+    if {$start < 0} { error "doc/reference.md has no section \"$title\"" }
     incr start [string length $heading]
-    set end [string first "\n## " "$readme\n## " $start]
-    set text [string trim [string range $readme $start $end-1] \n]
+    set end [string first "\n## " "$reference\n## " $start]
+    set text [string trim [string range $reference $start $end-1] \n]
     split [regsub -all {\n\n+} $text \1] \1
 }
 
@@ -120,11 +119,11 @@ proc block {text} {
 }
 
 # A heading begins its first paragraph itself.
-proc page {readme template} {
+proc page {reference template} {
     set lines [lmap line [split $template \n] {
         if {[regexp {^@section (.*)@$} $line - title]} {
             set line ".SH \"[heading $title]\"\n"
-            foreach block [blocks $readme $title] { append line [block $block] }
+            foreach block [blocks $reference $title] { append line [block $block] }
         }
         string trimright $line \n
     }]
@@ -133,17 +132,29 @@ proc page {readme template} {
 
 # --- help and completion ------------------------------------------------------------------------
 
+# Plain text in lines of at most 80 columns.
+proc indented {text} {
+    set text [regsub -all {\*\*(\S[^*]*\S)\*\*} [string map {` {}} $text] {\1}]
+    set text [regsub -all {\s+} $text { }]
+    string trimright [regsub -all {(.{1,76})(?: |$)} $text "    \\1\n"] \n
+}
+
+# What is told of a whole command: its usage, and a section's first paragraph.
+proc command {usage reference title} {
+    string cat $usage \n [indented [lindex [blocks $reference $title] 0]]
+}
+
 proc explanation {words arguments answer examples errors} {
     set lines [lmap word $words { string cat "big $word $arguments" }]
-    lappend lines "    [sentence $answer]"
+    lappend lines [indented [sentence $answer]]
     foreach example $examples { lappend lines "        $example" }
-    if {$errors ne ""} { lappend lines "    Errors: $errors." }
+    if {$errors ne ""} { lappend lines [indented "Errors: $errors."] }
     string map {` {}} [join $lines \n]
 }
 
 # The groups of words, a title and its words in turn; and a dictionary of explanations.
-proc tables {readme} {
-    foreach block [blocks $readme {The words of `big`}] {
+proc tables {reference} {
+    foreach block [blocks $reference {The words of `big`}] {
         regexp {^### (.*)} $block - title
         foreach row [expr {[string match "| *" $block] ? [rows $block] : {}}] {
             foreach word [lindex $row 0] {
@@ -152,15 +163,16 @@ proc tables {readme} {
             }
         }
     }
-    list [dict map {title words} $groups { dict keys $words }] \
+    dict set entries big [list [command "big word argument ..." $reference {The words of `big`}]]
+    dict set entries bigtest [list [command bigtest $reference `bigtest`]]
+    list [dict map {title words} $groups { indented [dict keys $words] }] \
         [dict map {word texts} $entries { join $texts \n }]
 }
 
 lassign $argv source version date
-set readme [contents $source/README.md]
-set page [page $readme [contents $source/doc/big.n.in]]
+set reference [contents $source/doc/reference.md]
+set page [page $reference [contents $source/doc/big.n.in]]
 write big.n [string map [list @VERSION@ $version @DATE@ $date] $page]
-lassign [tables $readme] groups entries
+lassign [tables $reference] groups entries
 set help [contents $source/host/omrel_help.tcl.in]
 write omrel_help.tcl [string map [list @GROUPS@ $groups @ENTRIES@ $entries] $help]
-write big.words "big\nbigtest\nomrel::help\n[join [dict keys $entries] \n]"

@@ -1,11 +1,10 @@
-// The description of the library, and the hand-over of the host's callbacks.
+// The description of the library, and the hand-over of the host's callbacks. The build hands in the
+// version as a number and the date as digits.
 #include "plugin/host_link.h"
 #include "plugin/omrel_plugin.h"
 
 namespace {
 
-constexpr int VERSION = 119;
-constexpr const char* DATE = "20191206";
 constexpr const char* COMMENT = "Omrel Tcl Big Number Math Plugin";
 
 constexpr int COMMAND_COUNT = 2;
@@ -28,8 +27,8 @@ void prepare_for_foreign_exceptions() {
 
 }  // namespace
 
-int _get_dll_version() { return VERSION; }
-const char* _get_dll_date() { return DATE; }
+int _get_dll_version() { return OMREL_VERSION; }
+const char* _get_dll_date() { return OMREL_DATE; }
 const char* _get_dll_comment() { return COMMENT; }
 const char* const* _get_command_list() { return COMMANDS; }
 const char* const* _get_function_list() { return FUNCTIONS; }
@@ -41,11 +40,15 @@ int _export_common_routines(OmrelGetVar getVar, OmrelSetVar setVar, OmrelSetVarV
                             OmrelUnused unused8, OmrelSetResult setResult, OmrelUnused unused10,
                             OmrelFreeValue freeValue, OmrelUnused unused12, OmrelUnused unused13,
                             OmrelUnused unused14, OmrelUnused unused15, OmrelUnused unused16) {
-  prepare_for_foreign_exceptions();
-  omrel::host = {getVar,     setVar,   setVarValue, freeVarValue, unused4,  unused5,
-                 getCommand, unused7,  unused8,     setResult,    unused10, freeValue,
-                 unused12,   unused13, unused14,    unused15,     unused16};
-  return count_present(getVar, setVar, setVarValue, freeVarValue, unused4, unused5, getCommand,
-                       unused7, unused8, setResult, unused10, freeValue, unused12, unused13,
-                       unused14, unused15, unused16);
+  try {
+    prepare_for_foreign_exceptions();
+    omrel::host = {getVar,     setVar,   setVarValue, freeVarValue, unused4,  unused5,
+                   getCommand, unused7,  unused8,     setResult,    unused10, freeValue,
+                   unused12,   unused13, unused14,    unused15,     unused16};
+    return count_present(getVar, setVar, setVarValue, freeVarValue, unused4, unused5, getCommand,
+                         unused7, unused8, setResult, unused10, freeValue, unused12, unused13,
+                         unused14, unused15, unused16);
+  } catch (...) {
+    return omrel::report_exception("_export_common_routines:", nullptr);
+  }
 }

@@ -1,8 +1,9 @@
-// State: the callback table, written by _export_common_routines, and the linked flag, written by
-// omrel_init.
+// State: the callback table, written by _export_common_routines, and the linked flag with the
+// references to the host's commands, written by omrel_init.
 #include "plugin/host_link.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include "support/console.h"
 #include "support/line_marker.h"
@@ -11,6 +12,7 @@ namespace omrel {
 
 HostCallbackTable host{};
 bool host_linked = false;
+HostCommand* host_commands[5] = {};
 
 namespace {
 
@@ -26,13 +28,15 @@ constexpr NeededCommand NEEDED_COMMANDS[] = {
     {"expr", "omrel_init: expr not linked\n"},
 };
 
-bool has_command(void* interp, const char* name) {
-  return host.getCommand != nullptr && host.getCommand(interp, name) != nullptr;
+HostCommand* find_command(void* interp, const char* name) {
+  return host.getCommand == nullptr ? nullptr : host.getCommand(interp, name);
 }
 
 int look_up_commands(void* interp) {
-  for (const NeededCommand& command : NEEDED_COMMANDS) {
-    if (!has_command(interp, command.name)) return report_exception(command.not_linked, nullptr);
+  for (std::size_t i = 0; i < std::size(NEEDED_COMMANDS); ++i) {
+    const NeededCommand& needed = NEEDED_COMMANDS[i];
+    host_commands[i] = find_command(interp, needed.name);
+    if (host_commands[i] == nullptr) return report_exception(needed.not_linked, nullptr);
   }
   host_linked = true;
   return 0;

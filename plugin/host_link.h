@@ -11,6 +11,10 @@ extern HostCallbackTable host;
 // Set by the first link check that succeeds, and never cleared but by tests.
 extern bool host_linked;
 
+// The host's commands "eval", "vars", "subst", "set" and "expr" as the last link check found them,
+// up to the first one missing. Kept, and not used.
+extern HostCommand* host_commands[5];
+
 // Returns 0 when the host offers the five commands that the plug-in is built on, else 1 after a
 // report that names the first one missing. A success is remembered for the library's lifetime.
 int omrel_init(void* interp);

@@ -21,12 +21,16 @@ std::size_t leading_run(const char* text, char character) {
   return n;
 }
 
-// Appends n characters to the holder's heap text, then a NUL; see string_append.
+// Appends n characters to the holder's heap text, then a NUL; see string_append. Characters of that
+// text itself move with it.
 char* append_characters(char** holder, const char* characters, std::size_t n) {
   const std::size_t old_length = *holder == nullptr ? 0 : std::strlen(*holder);
+  const auto at = reinterpret_cast<std::uintptr_t>(characters);
+  const std::uintptr_t offset = at - reinterpret_cast<std::uintptr_t>(*holder);
+  const bool is_own = *holder != nullptr && offset <= old_length;
   auto* grown = static_cast<char*>(std::realloc(*holder, old_length + n + 1));
   if (grown == nullptr) return nullptr;
-  std::memcpy(grown + old_length, characters, n);
+  std::memcpy(grown + old_length, is_own ? grown + offset : characters, n);
   grown[old_length + n] = '\0';
   *holder = grown;
   return grown;

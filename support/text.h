@@ -37,8 +37,9 @@ char* strip_leading_char(char* text, char character);
 // 1 when the text is not empty and every character equals the given one, else 0.
 int all_chars_are(const char* text, char character);
 
-// Appends the whole text (n < 1) or at most its first n characters. Returns the text's new
-// address; null when there is no memory, the holder's text then being as it was.
+// Appends the whole text (n < 1) or at most its first n characters; it may be the holder's own.
+// Returns the text's new address; null when there is no memory, the holder's text then being as it
+// was.
 char* string_append(char** holder, const char* text, std::ptrdiff_t n);
 
 // Appends one character; as string_append.

@@ -1,29 +1,26 @@
-#include "tests/oracle.h"
+#include "tests/recording_host.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "bench/gmp_commands.h"
+#include "bench/host.h"
+#include "bignum/digit_text.h"
 
 namespace omrel::test {
 namespace {
 
-constexpr std::size_t MAX_LENGTH = 6499;
-constexpr long MAX_BITS = 21589;  // 2 to that power is the longest
-
-constexpr const char* WITH_WIDTH = " & | &= |= << >> ";
-constexpr const char* SINGLES =
-    " ++ -- div2 pow2 div10 abs is_even fib fact sqrt bintoint ~ ! inttobin ";
-
-bool is_one_of(const std::string& word, const char* words) {
-  return std::string(words).find(" " + word + " ") != std::string::npos;
-}
+constexpr std::size_t MAX_LENGTH = MAX_DIGITS - 1;
+constexpr auto MAX_BITS = static_cast<long>(MAX_LENGTH * 3.3219281);  // 2 to that is the longest
 
 std::size_t digit_count(const std::string& number) {
   return number.size() - std::min(number.find_first_of("123456789"), number.size());
 }
 
-long count_of(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
+long count_of(const std::string& number) { return std::strtol(number.c_str(), nullptr, 10); }
+
+bool exceeds(const std::string& number, long limit) {
+  return digit_count(number) > 9 || count_of(number) > limit;
+}
 
 // Whether a text is a number of the word's and GMP reads it as such.
 bool is_number(const std::string& word, const std::string& text) {
@@ -35,22 +32,18 @@ bool is_number(const std::string& word, const std::string& text) {
 
 // Whether the numbers are none of the word's, or GMP would work long on an answer that is too long.
 bool has_no_answer(const std::string& word, const Words& numbers) {
-  const std::string& a = numbers[0];
-  const auto is_long = [](const std::string& number) { return digit_count(number) >= MAX_LENGTH; };
-  const auto exceeds = [](const std::string& number, long limit) {
-    return digit_count(number) > 9 || count_of(number) > limit;
-  };
+  const std::string &a = numbers[0], &b = numbers[1];
+  const bool is_power = is_one_of(word, " ** pow ");
   if (is_one_of(word, " sqrt inttobin ")) return a[0] == '-';
   if (word == "fib") return exceeds(a, 30000);
   if (word == "fact") return exceeds(a, 1000);
   if (word == "pow2") return exceeds(a, MAX_BITS + 9);
-  if (word == "fdiv") return digit_count(numbers[1]) > MAX_LENGTH - 60;
-  if (word == "mean") return std::any_of(numbers.begin(), numbers.end(), is_long);
-  if (is_one_of(word, WITH_WIDTH) && exceeds(numbers[2], MAX_BITS)) return true;
-  if (!is_one_of(word, " ** pow << >> ")) return false;
-  const long n = count_of(numbers[1]), digits = static_cast<long>(digit_count(a));
-  return exceeds(numbers[1], MAX_BITS) ||
-         (is_one_of(word, " ** pow ") && digits * n > 2 * MAX_BITS);
+  if (word == "fdiv") return digit_count(b) > MAX_LENGTH - 60;
+  const auto is_longest = [](const std::string& text) { return digit_count(text) >= MAX_LENGTH; };
+  if (word == "mean") return std::any_of(numbers.begin(), numbers.end(), is_longest);
+  if (is_one_of(word, " & | &= |= << >> ") && exceeds(numbers[2], MAX_BITS)) return true;
+  if ((is_power || is_one_of(word, " << >> ")) && exceeds(b, MAX_BITS)) return true;
+  return is_power && static_cast<long>(digit_count(a)) * count_of(b) > 2 * MAX_BITS;
 }
 
 std::string computed(const std::string& word, const Words& numbers, std::size_t count) {
@@ -64,15 +57,12 @@ std::string computed(const std::string& word, const Words& numbers, std::size_t 
 
 }  // namespace
 
-bool updates(const std::string& word) { return is_one_of(word, " += -= *= /= &= |= ^= "); }
-
 std::optional<std::string> answer_by_gmp(const Words& words, const std::string& variable) {
+  if (words.size() < 3 || (words.size() == 3) != takes_one(words[1])) return std::nullopt;
   const std::string& word = words[1];
-  const bool is_single = is_one_of(word, SINGLES);
-  if (words.size() < 3 || (words.size() == 3) != is_single) return std::nullopt;
   if (bench::gmp_command(word) == nullptr) return std::nullopt;
   Words numbers{words.begin() + 2, words.end()};
-  if (updates(word) || is_one_of(word, " ++ -- ")) numbers[0] = variable;
+  if (updates(word)) numbers[0] = variable;
   for (const auto& number : numbers) {
     if (!is_number(word, number)) return std::nullopt;
   }

@@ -1,11 +1,12 @@
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
+#include "support/console.h"
 #include "support/line_marker.h"
 #include "tests/recording_host.h"
-#include "tests/recording_platform.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
+#include <iterator>
+#include <set>
 #include <sstream>
 
 namespace omrel::test {
@@ -20,7 +21,9 @@ std::string link_report(const std::string& location) {
 
 TEST(Link, LooksCommandsUpInOrderUntilOneIsMissingAndNeverAfter) {
   RecordingHost host;
+  HostCommand** const end = std::end(host_commands);
   host_linked = false;
+  std::fill(host_commands, end, nullptr);
   host.commands.clear();
   Words calls;
   for (const std::string missing : {"eval", "vars", "subst", "set", "expr"}) {
@@ -30,6 +33,7 @@ TEST(Link, LooksCommandsUpInOrderUntilOneIsMissingAndNeverAfter) {
       const Outcome outcome = host.run({command});
       EXPECT_EQ(ended(outcome), link_report(missing + " not linked\n"));
       EXPECT_EQ(outcome.calls, calls);
+      EXPECT_EQ(std::find(host_commands, end, nullptr) - host_commands, std::ssize(host.commands));
     }
     host.commands.insert(missing);
   }
@@ -38,39 +42,44 @@ TEST(Link, LooksCommandsUpInOrderUntilOneIsMissingAndNeverAfter) {
   EXPECT_EQ(host.run({"bigtest"}).calls, calls);
   host.commands.clear();
   EXPECT_EQ(host.run({"bigtest"}).calls, test);
+  EXPECT_EQ(std::count(host_commands, end, nullptr), 0);
 }
 
 TEST(Link, FaultsInTheLookupsAreReported) {
-  for (const auto& [throwing, null, location] :
-       {std::tuple{"getCommand", "", "Exception"},
-        {"", "getCommand", "eval not linked\n"},
-        {"", "all", "eval not linked\n"}}) {  // the table was never handed over
+  for (const std::string missing : {"all", "getCommand", ""}) {
     RecordingHost host;
     host_linked = false;
-    host.throwing_callback = throwing;
-    host.null_callbacks = {null};
-    for (const char* command : {"big", "bigtest"}) {
+    host.null_callbacks = {missing};
+    if (missing.empty()) host.throwing_callback = "getCommand";
+    for (const char* command : {"bigtest", "big"}) {
+      const std::string location = missing.empty() ? "Exception" : "eval not linked\n";
+      line_marker = 7;
       EXPECT_EQ(ended(host.run({command, "+", "1", "2"})), link_report(location));
     }
+    EXPECT_NE(line_marker, 7);
     EXPECT_FALSE(host_linked);
   }
 }
 
-TEST(Report, Texts) {
-  using Row = std::tuple<const char*, const char*, std::string>;
-  const RecordingHost host;
+TEST(Report, TextsAreNoFormats) {
+  const RecordingHost reset;
   line_marker = -7;
-  for (const auto& [location, message, report] :
-       {Row{nullptr, "Command undefined", " (Command undefined)"},
-        Row{"big", "", "\r\nException in [big] at line -7"},
-        Row{"", "x", "\r\nException in [] at line -7 (x)"},
-        Row{"%s%n", "%n%d", "\r\nException in [%s%n] at line -7 (%n%d)"},
-        Row{nullptr, nullptr, ""}}) {
-    int code = 0;
-    const auto write = [&code, l = location, m = message] { code = report_exception(l, m); };
-    EXPECT_EQ(capture_output(write), "{12}" + report + "{7}\n");
-    EXPECT_EQ(code, 1);
+  const std::string all = capture_output([] { EXPECT_EQ(report_exception("%s%n", "%n%d"), 1); });
+  EXPECT_EQ(all, "{12}\r\nException in [%s%n] at line -7 (%n%d){7}\n");
+  EXPECT_EQ(capture_output([] { report_exception(nullptr, ""); }), "{12}{7}\n");
+  EXPECT_EQ(capture_output([] { report_exception(nullptr, "x"); }), "{12} (x){7}\n");
+}
+
+// Not that of what the word has called before.
+TEST(Report, NamesTheLineOfTheWord) {
+  std::set<std::string> reports;
+  for (const std::string words : {"big / 5 0", "big % 5 0", "big *= x 5", "big /= x 5",
+                                  "big &= x 5", "big += x 5", "big -= x 5", "big fact 1001"}) {
+    RecordingHost host;
+    host.set_var_status = 1;
+    reports.insert(capture_output([&] { host.call(split(words)); }));
   }
+  EXPECT_EQ(reports.size(), 8U);
 }
 
 TEST(BigTest, ReadsPiAndSetsDllvar) {
@@ -82,8 +91,10 @@ TEST(BigTest, ReadsPiAndSetsDllvar) {
   host.set("pi", "%s 3.14");
   host.set_var_status = -5;
   std::ostringstream wanted;
-  wanted << "untouchedPi is " << static_cast<const void*>(host.record("pi")) << " '%s 3.14'\n";
+  wanted << "untouchedPi is " << static_cast<const void*>(&host.variables["pi"]) << " '%s 3.14'\n";
   EXPECT_EQ(ended(host.run({"bigtest"})), wanted.str() + SET_DLLVAR + "-5\n");
+  host.null_callbacks = {"getVar", "setVar"};
+  EXPECT_EQ(host.run({"bigtest"}).output, NO_PI + SET_DLLVAR + "1\n");
 }
 
 // Whatever callback is missing or throws, a call returns and keeps its hands off what it does not
@@ -114,11 +125,24 @@ TEST(Callbacks, VariablesMayVanishAndTextsBeLong) {
   EXPECT_EQ(host.run({"big", "+=", "x", "1"}).code, 1);
   EXPECT_EQ(host.run({"big", "-=", "x", "1"}).code, 1);
   const std::string megabyte(1 << 20, '7');
+  const auto is_sound = [](int status) {
+    const auto is = [status](int code) { return ::testing::ExitedWithCode(code)(status); };
+    return is(0) || is(RETURNED) || is(RETURNED + 1);
+  };
   for (const std::string word : {megabyte.c_str(), "(null)", "+=", "++", "fib", "graph", "debug",
                                  "bintoint", "sqrt", "inttobin"}) {
-    EXPECT_LE(run_in_child({"big", word, megabyte, "5"}).code, 1) << word.substr(0, 9);
-    EXPECT_LE(run_in_child({"big", word, megabyte}).code, 1) << word.substr(0, 9);
+    for (const Words& words : {Words{"big", word, megabyte, "5"}, {"big", word, megabyte}}) {
+      EXPECT_EXIT(end_with([&] { return RecordingHost().call(words).code; }), is_sound, "");
+    }
   }
+}
+
+// A colour takes an output without asking whether it is open.
+TEST(Callbacks, TheGuardOpensTheConsole) {
+  RecordingHost host;
+  console_output = 1;
+  EXPECT_EQ(host.run({"big", "sqrt", "-17"}).code, 1);
+  EXPECT_EQ(recording_platform.allocated, 1);
 }
 
 }  // namespace

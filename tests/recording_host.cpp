@@ -1,24 +1,51 @@
 #include "tests/recording_host.h"
 
-#include "plugin/host_link.h"
-#include "support/console.h"
-#include "support/line_marker.h"
-#include "tests/recording_platform.h"
-
-#include <gtest/gtest.h>
-#ifdef _WIN32
-#include <process.h>
-#else
-#include <sys/wait.h>
-#endif
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
+
+#include "bignum/buffers.h"
+#include "commands/operator_table.h"
+#include "plugin/host_link.h"
+#include "support/console.h"
+#include "support/line_marker.h"
+
+omrel::test::RecordingPlatform omrel::test::recording_platform;
+
+namespace omrel::platform {
+
+using test::recording_platform;
+
+bool allocate_console() {
+  ++recording_platform.allocated;
+  if (recording_platform.has_console || !recording_platform.can_allocate) return false;
+  return recording_platform.has_console = true;
+}
+void free_console() {
+  ++recording_platform.freed;
+  recording_platform.has_console = false;
+}
+Handle standard_output() { return recording_platform.output; }
+bool is_valid(Handle handle) { return handle != NO_HANDLE && handle != test::INVALID_OUTPUT; }
+bool has_colours(Handle) { return true; }
+void set_text_attribute(Handle handle, std::uint16_t attribute) {
+  if (is_valid(handle)) std::printf("{%u}", unsigned{attribute});
+}
+bool write(Handle handle, const char* bytes, std::size_t byte_count) {
+  recording_platform.writes.push_back(byte_count);
+  if (!is_valid(handle) || recording_platform.writes_until_failure-- == 0) return false;
+  return std::fwrite(bytes, 1, byte_count, stdout) == byte_count;
+}
+const char* block() { return "\xFE"; }
+std::uint32_t last_error() { return recording_platform.error_code; }
+std::string error_text(std::uint32_t /*code*/) { return recording_platform.error_text; }
+void message_box(const char* text, const char* title) {
+  recording_platform.message_boxes.push_back(std::string(title) + "|" + text);
+}
+TimeOfDay utc_time() { return recording_platform.utc_time; }
+
+}  // namespace omrel::platform
 
 namespace omrel::test {
 namespace {
@@ -26,122 +53,14 @@ namespace {
 // The host whose call is running; callbacks that get no interpreter find it here.
 RecordingHost* current = nullptr;
 
-bool is_child = false;
-
-// The library ends a process with status 0. When a test does not run in a child process for that,
-// it has failed, whatever the status.
+// The library ends a process with status 0. When a test did not ask for that, it has failed.
 const int exit_guard = [] {
   ::testing::UnitTest::GetInstance();  // so that it outlives the guard
   return std::atexit([] {
-    if (is_child || ::testing::UnitTest::GetInstance()->current_test_info() == nullptr) return;
-    std::fputs("the process ended within a test\n", stderr);
-    std::_Exit(1);
+    const bool is_testing = ::testing::UnitTest::GetInstance()->current_test_info() != nullptr;
+    if (is_testing && !::testing::internal::InDeathTestChild()) std::_Exit(1);
   });
 }();
-
-std::FILE* temporary_file() {
-#ifdef _WIN32  // whose tmpfile is for administrators; binary, and so is standard output sent there
-  return std::fopen(::_tempnam(nullptr, "omrel"), "w+bTD");
-#else
-  return std::tmpfile();
-#endif
-}
-
-}  // namespace
-
-std::string capture_output(const std::function<void()>& function) {
-  std::FILE* file = temporary_file();
-  std::fflush(stdout);
-  const int saved = ::dup(STDOUT_FILENO);
-  ::dup2(::fileno(file), STDOUT_FILENO);
-  function();
-  std::fflush(stdout);
-  ::dup2(saved, STDOUT_FILENO);
-  ::close(saved);
-  std::fseek(file, 0, SEEK_END);
-  std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
-  std::rewind(file);
-  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-  std::fclose(file);
-  return text;
-}
-
-#ifdef _WIN32
-
-// There is no fork: the program runs itself again, the one test alone, and goes on with the
-// function where that test comes to the same child. What it prints before that ends in a mark.
-Outcome run_in_child(const std::function<int()>& function) {
-  static const ::testing::TestInfo* test = nullptr;
-  static int child_count = 0;
-  const auto* running = ::testing::UnitTest::GetInstance()->current_test_info();
-  child_count = test == running ? child_count + 1 : 1;
-  test = running;
-  const std::string child = std::to_string(child_count);
-  if (const char* wanted = std::getenv("OMREL_TEST_CHILD")) {
-    if (wanted != child) return {};
-    is_child = true;
-    std::fputc('\1', stdout);
-    const int code = function();
-    std::fflush(stdout);
-    std::_Exit(code);
-  }
-  const std::string filter =
-      std::string("--gtest_filter=") + test->test_suite_name() + "." + test->name();
-  std::intptr_t status = 0;
-  ::_putenv_s("OMREL_TEST_CHILD", child.c_str());
-  const std::string output = capture_output([&] {
-    status = ::_spawnl(_P_WAIT, _pgmptr, "test", filter.c_str(), static_cast<char*>(nullptr));
-  });
-  ::_putenv_s("OMREL_TEST_CHILD", "");
-  return {static_cast<int>(status), {}, output.substr(output.rfind('\1') + 1), {}};
-}
-
-#else
-
-Outcome run_in_child(const std::function<int()>& function) {
-  int status = 0;
-  const std::string output = capture_output([&] {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      is_child = true;
-      const int code = function();
-      std::fflush(stdout);
-      ::_exit(code);
-    }
-    ::waitpid(child, &status, 0);
-  });
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), {}, output, {}};
-}
-
-#endif
-
-Outcome run_in_child(const Words& words) {
-  return run_in_child([&words] { return RecordingHost().call(words).code; });
-}
-
-std::string ended(const Outcome& outcome) {
-  return outcome.result.value_or("untouched") + (outcome.code == 0 ? "" : " error ") +
-         outcome.output;
-}
-
-Words split(const std::string& text) {
-  std::istringstream tokens(text);
-  Words words;
-  for (std::string word; tokens >> word; words.push_back(word == "{}" ? "" : word)) {
-    if (word.size() > 1 && word[0] == '%') word.replace(0, 1, " \t\n\v\f\r");
-    const std::size_t caret = word.find('^', 1);
-    if (caret == std::string::npos) continue;
-    const std::size_t count = std::strtoul(word.c_str() + caret + 1, nullptr, 10);
-    if (count - 1 < 30000) word.replace(caret, std::string::npos, count - 1, word[caret - 1]);
-  }
-  return words;
-}
-
-std::string printable(const Words& words) {
-  std::string text;
-  for (const std::string& word : words) text += "{" + word.substr(0, 80) + "} ";
-  return text;
-}
 
 // The text with the number behind each "line " replaced by '#', since it is our source's.
 std::string without_line_numbers(std::string text) {
@@ -158,6 +77,53 @@ std::string shown(const char* text) { return text == nullptr ? "(null)" : text; 
 // What a value text points to between its release and the next value.
 char released[] = "released";
 
+}  // namespace
+
+void soil_buffers() {
+  for (std::size_t i = 0; i < free_buffers.count; ++i) {
+    std::fill_n(free_buffers.kept[i], BUFFER_BYTES, '\xF5');
+  }
+}
+
+std::string ended(const Outcome& outcome) {
+  return outcome.result.value_or("untouched") + (outcome.code == 0 ? "" : " error ") +
+         outcome.output;
+}
+
+Words split(const std::string& text) {
+  std::istringstream tokens(text);
+  Words words;
+  for (std::string word; tokens >> word; words.push_back(word == "{}" ? "" : word)) {
+    if (word.size() > 1 && word[0] == '%') word.replace(0, 1, " \t\n\v\f\r");
+    for (std::size_t at = 1; (at = word.find('^', at)) != std::string::npos; ++at) {
+      const std::size_t count = std::strtoul(word.c_str() + at + 1, nullptr, 10);
+      const std::size_t end = std::min(word.find_first_not_of("0123456789", at + 1), word.size());
+      const std::size_t rest = end < word.size() && word[end] == '_' ? end + 1 : end;
+      if (count - 1 < 30000) word.replace(at, rest - at, count - 1, word[at - 1]);
+    }
+  }
+  return words;
+}
+
+std::string printable(const Words& words) {
+  std::string text;
+  for (const std::string& word : words) text += "{" + word.substr(0, 80) + "} ";
+  return text;
+}
+
+bool is_one_of(const std::string& word, const char* words) {
+  return std::string(words).find(" " + word + " ") != std::string::npos;
+}
+
+bool updates(const std::string& word) { return is_one_of(word, " += -= *= /= &= |= ^= ++ -- "); }
+
+bool takes_one(const std::string& word) {
+#define OMREL_ROW(row, admitted, function) \
+  if (word == (row)) return *#admitted == 'T';
+  OMREL_OPERATORS(OMREL_ROW)
+  return false;
+}
+
 // The functions that the library calls.
 struct RecordingHost::Callbacks {
   static RecordingHost& host_of(void* interp) {
@@ -166,42 +132,68 @@ struct RecordingHost::Callbacks {
   }
   static HostVar* getVar(void* interp, const char* name, int minus_one) {
     RecordingHost& self = host_of(interp);
-    self.record_call("getVar", {shown(name), std::to_string(minus_one)});
+    self.record("getVar", shown(name) + " " + std::to_string(minus_one));
     const auto found = self.variables.find(shown(name));
-    return found == self.variables.end() ? nullptr : found->second.get();
+    return found == self.variables.end() ? nullptr : &found->second;
   }
   static int setVar(void* interp, const char* name, const char* value, int minus_one) {
     RecordingHost& self = host_of(interp);
-    self.record_call("setVar", {shown(name), shown(value), std::to_string(minus_one)});
+    self.record("setVar", shown(name) + " " + shown(value) + " " + std::to_string(minus_one));
     if (self.set_var_status == 0 && self.set_var_creates) self.set(shown(name), shown(value));
     return self.set_var_status;
   }
   static void setVarValue(HostVar* var, const char* value, int zero) {
-    auto& variable = *static_cast<Variable*>(var);
-    const std::string over = var->value == nullptr ? " over null" : "";
-    current->record_call("setVarValue", {variable.name, shown(value), std::to_string(zero) + over});
-    current->own_value(variable, value);
+    const std::string over = var->value == nullptr ? " over null" : "", text = shown(value);
+    const std::string name = static_cast<Variable*>(var)->name;
+    current->record("setVarValue", name + " " + text + " " + std::to_string(zero) + over);
+    current->own_value(*var, value);
   }
   static void freeVarValue(HostVar* var) {
-    current->record_call("freeVarValue", {static_cast<Variable*>(var)->name});
+    current->record("freeVarValue", static_cast<Variable*>(var)->name);
     current->release_value(var->value);
     var->value = released;
   }
   static HostCommand* getCommand(void* interp, const char* name) {
     RecordingHost& self = host_of(interp);
-    self.record_call("getCommand", {shown(name)});
+    self.record("getCommand", shown(name));
     return self.commands.count(shown(name)) != 0 ? static_cast<HostCommand*>(interp) : nullptr;
   }
   static void setResult(void* interp, const char* text, int zero) {
     RecordingHost& self = host_of(interp);
-    self.record_call("setResult", {shown(text), std::to_string(zero)});
+    self.record("setResult", shown(text) + " " + std::to_string(zero));
     self.result = shown(text);
   }
   static void freeValue(char* value) {
-    current->record_call("freeValue", {shown(value)});
+    current->record("freeValue", shown(value));
     current->release_value(value);
   }
-  static void unused() { ADD_FAILURE() << "an unused callback was called"; }
+  template <int>
+  static void unused() {
+    ADD_FAILURE() << "an unused callback was called";
+  }
+
+  // Hands them over but for those that the host lacks; each is kept in its place.
+  static void hand_over(const RecordingHost& self) {
+    const auto is_null = [&lacking = self.null_callbacks](const std::string& name) {
+      return lacking.count("all") + lacking.count(name) != 0;
+    };
+    const auto unless_null = [is_null](const char* name, auto callback) {
+      return is_null(name) ? nullptr : callback;
+    };
+    const OmrelUnused idle[] = {unused<0>, unused<1>, unused<2>, unused<3>, unused<4>,
+                                unused<5>, unused<6>, unused<7>, unused<8>, unused<9>};
+    const int count = _export_common_routines(
+        unless_null("getVar", &getVar), unless_null("setVar", &setVar),
+        unless_null("setVarValue", &setVarValue), unless_null("freeVarValue", &freeVarValue),
+        idle[0], idle[1], unless_null("getCommand", &getCommand), idle[2], idle[3],
+        unless_null("setResult", &setResult), idle[4], unless_null("freeValue", &freeValue),
+        idle[5], idle[6], idle[7], idle[8], idle[9]);
+    EXPECT_EQ(17 - count, std::count_if(CALLBACKS.begin(), CALLBACKS.end(), is_null));
+    const OmrelUnused kept[] = {host.unused4,  host.unused5,  host.unused7,  host.unused8,
+                                host.unused10, host.unused12, host.unused13, host.unused14,
+                                host.unused15, host.unused16};
+    EXPECT_TRUE(std::equal(std::begin(kept), std::end(kept), idle));
+  }
 };
 
 RecordingHost::RecordingHost() {
@@ -218,64 +210,56 @@ RecordingHost::~RecordingHost() {
 }
 
 void RecordingHost::set(const std::string& name, const std::optional<std::string>& value) {
-  std::unique_ptr<Variable>& variable = variables[name];
-  if (variable == nullptr) variable = std::make_unique<Variable>(Variable{{nullptr}, name});
-  release_value(variable->value);
-  own_value(*variable, value ? value->c_str() : nullptr);
+  Variable& variable = variables[name];
+  variable.name = name;
+  release_value(variable.value);
+  own_value(variable, value ? value->c_str() : nullptr);
 }
 
 std::optional<std::string> RecordingHost::get(const std::string& name) const {
-  const char* value = has(name) ? record(name)->value : nullptr;
+  const auto found = variables.find(name);
+  const char* value = found == variables.end() ? nullptr : found->second.value;
   return value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }
 
 Outcome RecordingHost::run(const Words& words) {
   Outcome outcome;
-  outcome.output = without_line_numbers(capture_output([&] { outcome = call(words); }));
+  const std::string output = capture_output([&] { outcome = call(words); });
+  outcome.output = without_line_numbers(output);
   return outcome;
 }
 
 Outcome RecordingHost::call(const Words& words) {
   std::vector<const char*> argv;
-  for (const auto& word : words) argv.push_back(word == "(null)" ? nullptr : word.c_str());
-  argv.push_back(nullptr);
+  // One text for equal words, as a script has for a value that it passes twice.
+  for (const auto& word : words) {
+    const char* text = std::find(words.begin(), words.end(), word)->c_str();
+    argv.push_back(word == "(null)" ? nullptr : text);
+  }
+  argv.push_back("no word of the call");
   const bool is_bigtest = !words.empty() && words[0] == "bigtest";
   const OmrelCommand command = is_bigtest ? &quarnCommandBigTest : &quarnCommandBigNum;
   current = this;
   calls.clear();
+  soil_buffers();
   result.reset();
-  hand_over();
+  Callbacks::hand_over(*this);
   const int code = command(this, static_cast<int>(words.size()), argv.data(), nullptr);
-  check_outstanding(words);
+  // A text overwritten or dropped without its release, by a host that releases, is one too many.
+  std::size_t held = 0;
+  for (const auto& [name, variable] : variables) held += outstanding.count(variable.value);
+  const bool keeps = std::any_of(null_callbacks.begin(), null_callbacks.end(),
+                                 [](const auto& name) { return name[0] == 'f' || name == "all"; });
+  EXPECT_TRUE(keeps || outstanding.size() == held) << "not released by " << printable(words);
   return {code, result, {}, calls};
 }
 
-void RecordingHost::hand_over() const {
-  const auto unless_null = [this](const char* name, auto callback) {
-    const bool is_null = null_callbacks.count("all") + null_callbacks.count(name) != 0;
-    return is_null ? nullptr : callback;
-  };
-  // Some unused callbacks are null, at the next call the others; they fail the test when called.
-  static OmrelUnused none = &Callbacks::unused, unused = nullptr;
-  std::swap(none, unused);
-  const int count = _export_common_routines(
-      unless_null("getVar", &Callbacks::getVar), unless_null("setVar", &Callbacks::setVar),
-      unless_null("setVarValue", &Callbacks::setVarValue),
-      unless_null("freeVarValue", &Callbacks::freeVarValue), unused, none,
-      unless_null("getCommand", &Callbacks::getCommand), unused, none,
-      unless_null("setResult", &Callbacks::setResult), unused,
-      unless_null("freeValue", &Callbacks::freeValue), unused, none, unused, none, unused);
-  EXPECT_EQ(omrel::host.unused16, unused);
-  EXPECT_TRUE(!null_callbacks.empty() || count == (unused == nullptr ? 11 : 13)) << count;
-}
-
-void RecordingHost::record_call(const std::string& callback, const Words& arguments) {
-  calls.push_back(callback);
-  for (const std::string& argument : arguments) calls.back() += " " + argument;
+void RecordingHost::record(const std::string& callback, const std::string& arguments) {
+  calls.push_back(callback + " " + arguments);
   if (throwing_callback == callback) throw std::runtime_error("thrown by the host");
 }
 
-void RecordingHost::own_value(Variable& variable, const char* value) {
+void RecordingHost::own_value(HostVar& variable, const char* value) {
   variable.value = value == nullptr ? nullptr : ::strdup(value);
   if (value != nullptr) outstanding.insert(variable.value);
 }
@@ -284,16 +268,6 @@ void RecordingHost::release_value(char* value) {
   if (value == nullptr || value == released) return;
   EXPECT_EQ(outstanding.erase(value), 1U) << "a text released that is not the host's";
   std::free(value);
-}
-
-// A text overwritten or dropped without its release, by a host that releases, leaves one too many.
-void RecordingHost::check_outstanding(const Words& words) const {
-  std::size_t held = 0;
-  for (const auto& [name, variable] : variables) held += outstanding.count(variable->value);
-  const bool keeps = null_callbacks.count("all") + null_callbacks.count("freeVarValue") +
-                         null_callbacks.count("freeValue") !=
-                     0;
-  EXPECT_TRUE(keeps || outstanding.size() == held) << "not released by " << printable(words);
 }
 
 }  // namespace omrel::test

@@ -1,29 +1,37 @@
-// A host for tests: keeps variables and commands by name, records every callback, and fails the
-// test when a value text is outstanding. With it, what tables of calls need.
+// A host and a platform for tests. The host keeps variables and commands by name, records every
+// callback, and fails the test when a value text is outstanding. The platform makes marks and bytes
+// on standard output, in the order of a real console, of colours ("{12}") and direct writes; its
+// block is the byte FE. With them, what tables of calls need.
 #pragma once
 
-#include <functional>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "plugin/omrel_plugin.h"
+#include "support/platform.h"
 
 namespace omrel::test {
 
-// Runs the function and returns what it wrote to standard output.
-std::string capture_output(const std::function<void()>& function);
-
 using Words = std::vector<std::string>;
 
-// Words of a text: {} is the empty one, % stands for white space, 10^400 for 1 and 400 zeros.
+// Words of a text: {} is the empty one, % stands for white space, 0^400_7 for 400 zeros and 7.
 Words split(const std::string& text);
 
-// The words, shortened, for a failure's message.
-std::string printable(const Words& words);
+std::string printable(const Words& words);  // shortened, for a failure's message
+
+// Of operator words: whether one is among those of a text with blanks around each, names a variable
+// that it updates, takes no second operand.
+bool is_one_of(const std::string& word, const char* words);
+bool updates(const std::string& word);
+bool takes_one(const std::string& word);
 
 // The callbacks that the library calls.
 inline const Words CALLBACKS{"getVar",     "setVar",    "setVarValue", "freeVarValue",
@@ -32,49 +40,72 @@ inline const Words CALLBACKS{"getVar",     "setVar",    "setVarValue", "freeVarV
 // The result of a call that an exception ended.
 inline const std::string GUARD = "lib omrel_bignum: Unhandled exception in omrel_bignum.dll";
 
+// What the function writes to standard output.
+template <class Function>
+std::string capture_output(Function function) {
+  ::testing::internal::CaptureStdout();
+  function();
+  return ::testing::internal::GetCapturedStdout();
+}
+
+// Fills the buffers kept for reuse: what earlier calls have left in them decides nothing.
+void soil_buffers();
+
+// In a death test: standard output becomes the error output that is judged. A function that returns
+// ends the process with RETURNED and its code, which is no sanitizer's.
+constexpr int RETURNED = 40;
+template <class Function>
+[[noreturn]] void end_with(Function function) {
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  const int code = function();
+  std::fflush(stdout);
+  std::_Exit(RETURNED + code);
+}
+
 struct Outcome {
   int code;
   std::optional<std::string> result;  // none: the command left the result as it was
   std::string output;                 // standard output, marks included, without line numbers
   // The callbacks: "getVar x -1", "setVarValue x 15 0", the latter with " over null" where the
   // record's value was null and not as freeVarValue had left it.
-  std::vector<std::string> calls;
+  Words calls;
 };
 
 // How a call ended: its result, " error " for the code 1, and standard output.
 std::string ended(const Outcome& outcome);
 
-// Runs the function in a child process that exits with its result, unless the function ends the
-// process itself. The code is its exit status, minus the signal's number when one ended it. Within
-// it use RecordingHost::call, since run keeps the output to itself.
-Outcome run_in_child(const std::function<int()>& function);
+struct RecordingPlatform {
+  bool has_console = true;        // the process has one: no second can be allocated
+  bool can_allocate = true;       // false: AllocConsole fails without one, too
+  platform::Handle output = 1;    // what the system gives as standard output
+  int writes_until_failure = -1;  // direct writes that still succeed; -1 = all
+  std::uint32_t error_code = 6;   // the last error and its text
+  std::string error_text = "The handle is invalid.\n";
+  platform::TimeOfDay utc_time{};
 
-// Calls the command words[0] on a fresh host in a child process.
-Outcome run_in_child(const Words& words);
+  int allocated = 0, freed = 0;       // calls of allocate_console and free_console
+  std::vector<std::size_t> writes{};  // byte counts of the direct writes tried
+  Words message_boxes{};              // "title|text"
+};
+
+// The platform in use. Assign a fresh one to put every setting back.
+extern RecordingPlatform recording_platform;
+constexpr platform::Handle INVALID_OUTPUT = -1;
 
 class RecordingHost {
  public:
   // A host with the five commands, whose link check is over. Puts the library's console, its line
   // marker and the recording platform back to their start.
   RecordingHost();
+  ~RecordingHost();  // withdraws the callbacks
 
-  // Withdraws the callbacks.
-  ~RecordingHost();
-
-  // The variable now exists, with a copy of the value or with a null value text.
+  // Of a variable: no value stands for a null value text, and for no variable.
   void set(const std::string& name, const std::optional<std::string>& value);
-
-  // The variable's value text; none when it is null or there is no such variable.
   std::optional<std::string> get(const std::string& name) const;
-  bool has(const std::string& name) const { return variables.count(name) != 0; }
-
-  // The address of the variable's record.
-  const HostVar* record(const std::string& name) const { return variables.at(name).get(); }
 
   // Calls the command words[0]: bigtest, else big under that name. "(null)" makes a null text.
+  // `call` leaves standard output alone.
   Outcome run(const Words& words);
-
-  // The same, but leaves standard output alone.
   Outcome call(const Words& words);
 
   // Settings, read when a call runs.
@@ -84,24 +115,28 @@ class RecordingHost {
   int set_var_status = 0;                // not 0: setVar refuses
   bool set_var_creates = true;           // false: it does not do what it reports
 
- private:
   struct Variable : HostVar {
     std::string name;
   };
+  std::map<std::string, Variable> variables;
+
+ private:
   struct Callbacks;
 
-  void hand_over() const;
-  void record_call(const std::string& callback, const Words& arguments);
-  void own_value(Variable& variable, const char* value);
+  void record(const std::string& callback, const std::string& arguments);
+  void own_value(HostVar& variable, const char* value);
   void release_value(char* value);
-  void check_outstanding(const Words& words) const;
 
-  std::map<std::string, std::unique_ptr<Variable>> variables;
   std::optional<std::string> result;
-  std::vector<std::string> calls;
+  Words calls;
   std::set<char*> outstanding;  // value texts allocated and not yet released
 };
 
-constexpr std::nullopt_t UNTOUCHED = std::nullopt;
+// What `big` answers to well-formed numbers, by the same command written with GMP: the result of a
+// call, the variable that it names having a value; ENDS when a number is too long. None when the
+// call leaves no result, or GMP has no answer: operands that are not numbers, roots of negative
+// numbers, random draws.
+std::optional<std::string> answer_by_gmp(const Words& words, const std::string& variable);
+inline const std::string ENDS = "ends";
 
 }  // namespace omrel::test

@@ -4,8 +4,11 @@ if(NOT OMREL_BUILD_HOST OR (OMREL_SANITIZE AND NOT CMAKE_CXX_COMPILER_ID STREQUA
   return()
 endif()
 
+add_library(probe MODULE tcl/probe.c)
+target_link_libraries(probe PRIVATE omrel_flags)
+
 set(TCL_ENVIRONMENT "TCLLIBPATH={${CMAKE_BINARY_DIR}}" OMREL_BUILD=${CMAKE_BINARY_DIR}
-                    OMREL_CMAKE=${CMAKE_COMMAND})
+                    OMREL_CMAKE=${CMAKE_COMMAND} OMREL_PROBE=$<TARGET_FILE:probe>)
 if(OMREL_SANITIZE MATCHES address)
   # tclsh is not built with the sanitizer, so its runtime must be loaded first. Tcl itself does not
   # free everything at exit.
@@ -20,8 +23,11 @@ endif()
 
 file(GLOB SCRIPTS CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/tcl/*.test
      ${CMAKE_SOURCE_DIR}/examples/*.tcl)
-foreach(FILE ${SCRIPTS})
-  get_filename_component(NAME ${FILE} NAME_WE)
-  add_test(NAME tcl.${NAME} COMMAND ${TCL_TCLSH} ${FILE})
-  set_tests_properties(tcl.${NAME} PROPERTIES ENVIRONMENT "${TCL_ENVIRONMENT}")
+foreach(MAJOR ${OMREL_TCLS})
+  foreach(FILE ${SCRIPTS})
+    cmake_path(GET FILE STEM NAME)
+    add_test(NAME tcl${MAJOR}.${NAME} COMMAND ${OMREL_TCL${MAJOR}_SHELL} ${FILE})
+    set_tests_properties(tcl${MAJOR}.${NAME} PROPERTIES ENVIRONMENT "${TCL_ENVIRONMENT}"
+                                                        RESOURCE_LOCK ${NAME})
+  endforeach()
 endforeach()

@@ -57,8 +57,15 @@ std::string error_text(std::uint32_t code) {
   return text;
 }
 
+// The library that has it is loaded for this alone: it brings nine more into a process.
 void message_box(const char* text, const char* title) {
-  MessageBoxA(nullptr, text, title, MB_OK | MB_ICONINFORMATION);
+  const HMODULE library = LoadLibraryA("user32.dll");
+  if (library == nullptr) return;
+  void* const found = reinterpret_cast<void*>(GetProcAddress(library, "MessageBoxA"));
+  if (const auto show = reinterpret_cast<decltype(&MessageBoxA)>(found)) {
+    show(nullptr, text, title, MB_OK | MB_ICONINFORMATION);
+  }
+  FreeLibrary(library);
 }
 
 TimeOfDay utc_time() {
