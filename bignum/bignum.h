@@ -179,9 +179,12 @@ class bignum {
   static bignum bintoint(const char* text);
   // Bitwise operations on values with a binary form. If one operand has none, the answer is the
   // other; if neither has, it is 0.
-  bignum operator|(const bignum& b) const;
-  bignum operator&(const bignum& b) const;
+  bignum operator|(const bignum& b) const { return bit_or(b, 0); }
+  bignum operator&(const bignum& b) const { return bit_and(b, 0); }
   bignum operator^(const bignum& b) const;
+  // As the operators, but for a width of 1 or more of the values' low_bits.
+  bignum bit_or(const bignum& b, std::int32_t width) const;
+  bignum bit_and(const bignum& b, std::int32_t width) const;
   // Returns a & (2^width - 1), width >= 1: the mask itself without a binary form.
   // Errors: a mask of MAX_DIGITS digits ends the process, whatever the value.
   bignum low_bits(std::int32_t width) const;
@@ -191,6 +194,9 @@ class bignum {
   // Errors: as pow.
   bignum shift_left(std::int32_t n) const;
   bignum shift_right(std::int32_t n) const;
+  // The same, and of what comes out the low_bits, width >= 1.
+  bignum shift_left(std::int32_t n, std::int32_t width) const;
+  bignum shift_right(std::int32_t n, std::int32_t width) const;
   // Returns twice the magnitude; never negative.
   bignum mul2() const;
   // Drops the lowest digit in place, keeping the sign flag, and returns a copy.

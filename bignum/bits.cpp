@@ -18,17 +18,27 @@
 namespace omrel {
 namespace {
 
-constexpr Limb LOW_BITS = (Limb{1} << BINARY_LIMB_BITS) - 1;
-
 // The magnitude of a value that has a binary form, 0 of one that has none.
 bignum binary_value(const bignum& x) {
   if (!x.has_binary_form()) return value_of(0, 0);
+  if (x.plain) return x;
   Magnitude m;
   load(m, x);
   return value_of(m, 0);
 }
 
-// Combines two values that have binary forms, as far as the digits that are looked at reach.
+// Combines two binary numbers.
+template <class Combine>
+bignum combined(Binary& x, Binary& y, Combine combine) {
+  const int count = std::max(x.count(), y.count());
+  std::fill(x.limb() + x.count(), x.limb() + count, 0);
+  std::fill(y.limb() + y.count(), y.limb() + count, 0);
+  for (int i = 0; i < count; ++i) x.limb()[i] = combine(x.limb()[i], y.limb()[i]);
+  x.trim(count);
+  return value_of(x);
+}
+
+// The same for two values that have binary forms, as far as the digits that are looked at reach.
 template <class Combine>
 bignum combined(const bignum& a, const bignum& b, int a_digits, int b_digits, Combine combine) {
   std::uint64_t small_a = 0;
@@ -40,12 +50,30 @@ bignum combined(const bignum& a, const bignum& b, int a_digits, int b_digits, Co
   Binary y;
   load_binary(x, a, a_digits);
   load_binary(y, b, b_digits);
-  const int count = std::max(x.count(), y.count());
-  std::fill(x.limb() + x.count(), x.limb() + count, 0);
-  std::fill(y.limb() + y.count(), y.limb() + count, 0);
-  for (int i = 0; i < count; ++i) x.limb()[i] = combine(x.limb()[i], y.limb()[i]);
-  x.trim(count);
-  return value_of(x);
+  return combined(x, y, combine);
+}
+
+// Reads the lowest bits of a value, width of them; without a binary form all of them are set.
+void load_low_bits(Binary& x, const bignum& a, int width) {
+  if (a.has_binary_form()) {
+    load_binary(x, a, width);
+  } else {
+    const int count = width / BINARY_LIMB_BITS + 1;
+    std::fill_n(x.limb(), count, ~Limb{0});
+    x.trim(count);
+  }
+  cut(x, width);
+}
+
+// Combines two values, both cut to their lowest bits.
+template <class Combine>
+bignum combined_low_bits(const bignum& a, const bignum& b, std::int32_t width, Combine combine) {
+  if (width > MAX_EXPONENT_OF_TWO) overflow();
+  Binary x;
+  Binary y;
+  load_low_bits(x, a, width);
+  load_low_bits(y, b, width);
+  return combined(x, y, combine);
 }
 
 // Whether one value has so many more digits that their common bits are found much faster.
@@ -78,15 +106,12 @@ std::uint64_t bits_at(const char* text, int count, const BitsOfWord& bits_of_wor
 template <class BitsOfWord>
 void read_bits(Binary& binary, const char* first, std::size_t bits,
                const BitsOfWord& bits_of_word) {
-  constexpr int AT_ONCE = 32;
   int count = 0;
   const char* end = first + bits;
-  for (; end - first >= AT_ONCE; end -= BINARY_LIMB_BITS) {
-    binary.limb()[count++] = bits_at(end - AT_ONCE, AT_ONCE, bits_of_word) & LOW_BITS;
+  for (; end - first >= BINARY_LIMB_BITS; end -= BINARY_LIMB_BITS) {
+    binary.limb()[count++] = bits_at(end - BINARY_LIMB_BITS, BINARY_LIMB_BITS, bits_of_word);
   }
-  const Limb rest = bits_at(first, static_cast<int>(end - first), bits_of_word);
-  binary.limb()[count++] = rest & LOW_BITS;
-  binary.limb()[count++] = rest >> BINARY_LIMB_BITS;
+  binary.limb()[count++] = bits_at(first, static_cast<int>(end - first), bits_of_word);
   binary.trim(count);
 }
 
@@ -105,12 +130,6 @@ int exponent_of(const char* digits, int length) {
     value = value * static_cast<double>(LIMB_BASE) + static_cast<double>(leading.limb()[i]);
   }
   return std::max(static_cast<int>(std::log2(value) + left_out * LOG2_10 - MARGIN), 0);
-}
-
-// Of a power of two above 1, which ends in 2, 4, 6 or 8.
-bignum& decrement_lowest_digit(bignum& power) {
-  --power.vlstr[0];
-  return power;
 }
 
 }  // namespace
@@ -136,19 +155,22 @@ bignum bignum::bintoint(const char* text) {
   return value_of(binary);
 }
 
-bignum bignum::operator&(const bignum& b) const {
+bignum bignum::bit_and(const bignum& b, std::int32_t width) const {
+  constexpr auto BOTH = [](Limb x, Limb y) { return x & y; };
+  if (width > 0) return combined_low_bits(*this, b, width, BOTH);
   if (!has_binary_form()) return binary_value(b);
   if (!b.has_binary_form()) return *this;
-  return combined(*this, b, most_bits(b.length), most_bits(length),
-                  [](Limb x, Limb y) { return x & y; });
+  return combined(*this, b, most_bits(b.length), most_bits(length), BOTH);
 }
 
 // a | b is a + (b - (a & b)), where no step is longer than the answer.
-bignum bignum::operator|(const bignum& b) const {
+bignum bignum::bit_or(const bignum& b, std::int32_t width) const {
+  constexpr auto EITHER = [](Limb x, Limb y) { return x | y; };
+  if (width > 0) return combined_low_bits(*this, b, width, EITHER);
   if (!has_binary_form()) return binary_value(b);
   if (!b.has_binary_form()) return *this;
   if (is_lopsided(*this, b)) return (bignum(b) - (*this & b)) + *this;
-  return combined(*this, b, length, b.length, [](Limb x, Limb y) { return x | y; });
+  return combined(*this, b, length, b.length, EITHER);
 }
 
 // a ^ b is (a - (a & b)) + (b - (a & b)).
@@ -164,18 +186,9 @@ bignum bignum::operator^(const bignum& b) const {
 
 bignum bignum::low_bits(std::int32_t width) const {
   if (width > MAX_EXPONENT_OF_TWO) overflow();
-  if (!has_binary_form()) {
-    bignum mask = pow2(width);
-    return decrement_lowest_digit(mask);
-  }
-  if (width >= most_bits(length)) return binary_value(*this);
+  if (has_binary_form() && width >= most_bits(length)) return binary_value(*this);
   Binary x;
-  load_binary(x, *this, width);
-  const int full_limbs = width / BINARY_LIMB_BITS;
-  if (full_limbs < x.count()) {
-    x.limb()[full_limbs] &= (Limb{1} << width % BINARY_LIMB_BITS) - 1;
-    x.trim(full_limbs + 1);
-  }
+  load_low_bits(x, *this, width);
   return value_of(x);
 }
 
@@ -194,7 +207,8 @@ bignum bignum::operator~() const {
     bignum rest = power - *this;
     power.set_sign(0);
     rest.set_sign(0);
-    bignum complement = decrement_lowest_digit(power) - rest;
+    --power.vlstr[0];  // a power of two above 1 ends in 2, 4, 6 or 8
+    bignum complement = power - rest;
     if (complement.negative == 0) return complement;
   }
 }

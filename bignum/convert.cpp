@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "bignum/digit_text.h"
-#include "bignum/magnitude/radix.h"
 
 namespace omrel {
 
@@ -53,9 +52,7 @@ void load(Magnitude& m, const bignum& b, int shift) {
 
 void load_binary(Binary& binary, const bignum& b, int digit_count) {
   const Digits digits(b);
-  Magnitude decimal;
-  load(decimal, digits.text, std::min(digits.length, digit_count), 0);
-  to_binary(binary, decimal);
+  load(binary, digits.text, std::min(digits.length, digit_count));
 }
 
 bignum value_of(const Magnitude& m, std::int16_t sign) {
@@ -77,9 +74,10 @@ bignum value_of_shifted(const Magnitude& m, int shift) {
 }
 
 bignum value_of(const Binary& binary) {
-  Magnitude decimal;
-  to_decimal(decimal, binary);
-  return value_of(decimal, 0);
+  if (binary.count() <= 1) return value_of(binary.is_zero() ? 0 : binary.limb()[0], 0);
+  bignum result;
+  result.end_digits(store(result.vlstr, binary), 0);
+  return result;
 }
 
 }  // namespace omrel

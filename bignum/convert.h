@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bignum/bignum.h"
-#include "bignum/magnitude/magnitude.h"
+#include "bignum/magnitude/binary.h"
 
 namespace omrel {
 

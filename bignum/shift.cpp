@@ -1,4 +1,5 @@
-// Shifts: products and quotients by a power of two.
+// Shifts: products and quotients by a power of two, or, where a width cuts them down, shifts of as
+// many binary digits as are left.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -77,6 +78,27 @@ bignum bignum::shift_right(std::int32_t n) const {
   load(x, *this, shift);
   divide_quotient(q, x, divisor);
   return value_of(q, 0);
+}
+
+bignum bignum::shift_left(std::int32_t n, std::int32_t width) const {
+  const int bits = most_bits(length);
+  // An uncut value that is too long ends the process.
+  if (n > MAX_EXPONENT_OF_TWO - bits || width >= bits + n) return shift_left(n).low_bits(width);
+  Binary x;
+  load_binary(x, *this, std::max(width - n, 0));
+  omrel::shift_left(x, n);
+  cut(x, width);
+  return value_of(x);
+}
+
+bignum bignum::shift_right(std::int32_t n, std::int32_t width) const {
+  const int bits = most_bits(length);
+  if (n >= bits || width >= bits - n) return shift_right(n).low_bits(width);
+  Binary x;
+  load_binary(x, *this, n + width);
+  omrel::shift_right(x, n);
+  cut(x, width);
+  return value_of(x);
 }
 
 }  // namespace omrel

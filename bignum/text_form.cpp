@@ -7,7 +7,6 @@
 
 #include "bignum/convert.h"
 #include "bignum/digit_text.h"
-#include "bignum/magnitude/radix.h"
 
 namespace omrel {
 namespace {
@@ -25,7 +24,7 @@ constexpr auto BIT_CHARACTERS = [] {
 
 // Writes the `count` low bits of a limb as whole words of characters.
 void write_limb(char* text, Limb limb, int count) {
-  for (limb <<= 64 - count; count > 0; count -= 8, text += 8, limb <<= 8) {
+  for (limb <<= BINARY_LIMB_BITS - count; count > 0; count -= 8, text += 8, limb <<= 8) {
     store_word(text, BIT_CHARACTERS[static_cast<std::size_t>(limb >> 56)]);
   }
 }
@@ -73,26 +72,24 @@ void FixedWordsText::write(char* text) const {
 }
 
 BinaryText::BinaryText(const bignum& b, bool prefixed) : is_prefixed(prefixed) {
-  if (load_small(small, b)) {
-    bit_count = 64 - std::countl_zero(small | 1);
-  } else {
-    load_binary(binary, b);
-    bit_count = std::max(omrel::bit_count(binary), 1);
-  }
+  load_binary(binary, b);
+  bit_count = std::max(omrel::bit_count(binary), 1);
 }
 
 void BinaryText::write(char* text) const {
   text[0] = '0';
   text[1] = 'b';
   if (is_prefixed) text += 2;
-  // From the top: a small value is all top.
-  int i = std::max(binary.count() - 1, 0);
-  int count = bit_count - i * BINARY_LIMB_BITS;
-  write_limb(text, binary.is_zero() ? small : binary.limb()[i], count);
-  for (text += count; --i >= 0; text += BINARY_LIMB_BITS) {
-    write_limb(text, binary.limb()[i], BINARY_LIMB_BITS);
+  *text = '0';
+  char* end = text + bit_count;
+  // From the top, since whole words are written.
+  int count = (bit_count - 1) % BINARY_LIMB_BITS + 1;
+  for (int i = binary.count() - 1; i >= 0; --i) {
+    write_limb(text, binary.limb()[i], count);
+    text += count;
+    count = BINARY_LIMB_BITS;
   }
-  *text = '\0';
+  *end = '\0';
 }
 
 }  // namespace omrel

@@ -7,7 +7,7 @@
 
 #include "bignum/bignum.h"
 #include "bignum/digit_text.h"
-#include "bignum/magnitude/magnitude.h"
+#include "bignum/magnitude/binary.h"
 
 namespace omrel {
 
@@ -70,8 +70,7 @@ class BinaryText {
 
  private:
   const bool is_prefixed;
-  std::uint64_t small = 0;  // the number, if it is that of a small value
-  Binary binary;            // else
+  Binary binary;
   int bit_count;
 };
 

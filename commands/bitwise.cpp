@@ -7,22 +7,20 @@ namespace omrel {
 namespace {
 
 // A count below 1 leaves the value as it is, sign included.
-int shift(const Call& call, bignum (bignum::*by)(std::int32_t) const) {
+bignum shift(const Call& call, bignum (bignum::*by)(std::int32_t) const,
+             bignum (bignum::*by_and_cut)(std::int32_t, std::int32_t) const) {
   const std::int32_t n = parse_count(call.text(3));
+  const std::int32_t width = width_of(call);
   const bignum a = operand(call, 2);
-  bignum shifted = n < 1 ? a : (a.*by)(n);
-  narrow(shifted, width_of(call));
-  return hand_over(call, shifted);
+  if (n < 1) return width < 1 ? a : a.low_bits(width);
+  return width < 1 ? (a.*by)(n) : (a.*by_and_cut)(n, width);
 }
 
 // Without memory for the answer's text, "&" and "|" answer with the empty text and succeed.
-int combine(const Call& call, bignum (bignum::*with)(const bignum&) const) {
-  const std::int32_t width = width_of(call);
-  bignum a = operand(call, 2);
-  bignum b = operand(call, 3);
-  narrow(a, width);
-  narrow(b, width);
-  return hand_over(call, (a.*with)(b), "", 0);
+int combine(const Call& call, bignum (bignum::*with)(const bignum&, std::int32_t) const) {
+  const bignum a = operand(call, 2);
+  const bignum b = operand(call, 3);
+  return hand_over(call, (a.*with)(b, width_of(call)), "", 0);
 }
 
 }  // namespace
@@ -32,20 +30,14 @@ std::int32_t width_of(const Call& call) {
   return width < 1 ? 0 : width;
 }
 
-void narrow(bignum& a, std::int32_t width) {
-  if (width < 1) return;
-  mark_line();
-  a = a.low_bits(width);
-}
-
 int op_and(const Call& call) {
   mark_line();
-  return combine(call, &bignum::operator&);
+  return combine(call, &bignum::bit_and);
 }
 
 int op_or(const Call& call) {
   mark_line();
-  return combine(call, &bignum::operator|);
+  return combine(call, &bignum::bit_or);
 }
 
 int op_xor(const Call& call) {
@@ -80,12 +72,12 @@ int op_random(const Call& call) {
 
 int op_shift_left(const Call& call) {
   mark_line();
-  return shift(call, &bignum::shift_left);
+  return hand_over(call, shift(call, &bignum::shift_left, &bignum::shift_left));
 }
 
 int op_shift_right(const Call& call) {
   mark_line();
-  return shift(call, &bignum::shift_right);
+  return hand_over(call, shift(call, &bignum::shift_right, &bignum::shift_right));
 }
 
 }  // namespace omrel

@@ -49,16 +49,6 @@ int update(const Call& call, Combine combine, std::int32_t line = __builtin_LINE
   return replace(call, var, combine(a, b));
 }
 
-template <class Combine>
-int update_narrowed(const Call& call, Combine combine, std::int32_t line = __builtin_LINE()) {
-  const auto combine_narrowed = [width = width_of(call), combine](bignum& a, bignum& b) {
-    narrow(a, width);
-    narrow(b, width);
-    return combine(a, b);
-  };
-  return update(call, combine_narrowed, line);
-}
-
 }  // namespace
 
 int op_update_multiply(const Call& call) {
@@ -78,12 +68,16 @@ int op_update_xor(const Call& call) {
 
 int op_update_and(const Call& call) {
   mark_line();
-  return update_narrowed(call, [](const bignum& a, const bignum& b) { return a & b; });
+  return update(call, [width = width_of(call)](const bignum& a, const bignum& b) {
+    return a.bit_and(b, width);
+  });
 }
 
 int op_update_or(const Call& call) {
   mark_line();
-  return update_narrowed(call, [](const bignum& a, const bignum& b) { return a | b; });
+  return update(call, [width = width_of(call)](const bignum& a, const bignum& b) {
+    return a.bit_or(b, width);
+  });
 }
 
 // The only word that clears the record's value itself once the host has released it.

@@ -1,6 +1,5 @@
 // Unsigned numbers on limbs, where everything above addition is done: magnitudes, whose limbs hold
-// eight decimal digits each, and binary numbers, which are another type, so that neither is taken
-// for the other.
+// eight decimal digits each. Binary numbers are another type (binary.h).
 //
 // They know no sign and no text beyond load and store. Their callers see to the limits: an operand
 // has at most MAX_DIGITS digits, and a product that has more is reported, not computed.
@@ -15,7 +14,7 @@ namespace omrel {
 
 constexpr int LIMB_DIGITS = 8;
 constexpr Limb LIMB_BASE = 100'000'000;
-constexpr int BINARY_LIMB_BITS = 26;
+constexpr int LANE_BITS = 26;  // of a binary number that is being converted; see radix.h
 
 // At least as many bits as a number of so many digits can have.
 constexpr int most_bits(int digit_count) { return digit_count * 10 / 3 + 1; }
@@ -25,7 +24,7 @@ constexpr int MAX_SHIFT = 28;
 
 // Room for any operand, lengthened so, or for its bits.
 constexpr int MAX_LIMBS =
-    std::max((MAX_DIGITS + MAX_SHIFT) / LIMB_DIGITS, most_bits(MAX_DIGITS) / BINARY_LIMB_BITS) + 1;
+    std::max((MAX_DIGITS + MAX_SHIFT) / LIMB_DIGITS, most_bits(MAX_DIGITS) / LANE_BITS) + 1;
 
 // How many products of two limbs a column has room for, and a column with a sign. An operation adds
 // at most as many to one as its shorter operand has limbs; both together have MAX_LIMBS.
@@ -65,9 +64,6 @@ class Magnitude : public Limbs {
   Magnitude() = default;
   explicit Magnitude(Limb value);  // any value of 64 bits
 };
-
-// A magnitude in base 2^BINARY_LIMB_BITS; see radix.h.
-class Binary : public Limbs {};
 
 // Reads a digit text, multiplied by 10^shift.
 void load(Magnitude& m, const char* digits, int length, int shift);

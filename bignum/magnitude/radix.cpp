@@ -10,13 +10,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <utility>
 
 namespace omrel {
 namespace {
 
-constexpr Limb BINARY_BASE = Limb{1} << BINARY_LIMB_BITS;
+constexpr Limb BINARY_BASE = Limb{1} << LANE_BITS;
 
 // The two ways. `settle` turns columns below 2^63 into something like limbs, not much above the
 // base: good enough to go on with, and no carry waits for another. In front of those columns there
@@ -36,7 +35,7 @@ struct ToBinary {
     Limb carry = 0;
     for (int i = 0; i < count; ++i) {
       const Limb total = columns[i] + carry;
-      carry = total >> BINARY_LIMB_BITS;
+      carry = total >> LANE_BITS;
       columns[i] = total & MASK;
     }
   }
@@ -45,8 +44,8 @@ struct ToBinary {
   // Leaves limbs of up to 2^27 + 2^11.
   static void settle(Limb* __restrict target, const Limb* __restrict columns, int count) {
     for (int i = 0; i < count; ++i) {
-      target[i] = (columns[i] & MASK) + ((columns[i - 1] >> BINARY_LIMB_BITS) & MASK) +
-                  (columns[i - 2] >> (2 * BINARY_LIMB_BITS));
+      target[i] = (columns[i] & MASK) + ((columns[i - 1] >> LANE_BITS) & MASK) +
+                  (columns[i - 2] >> (2 * LANE_BITS));
     }
   }
 
@@ -151,9 +150,9 @@ struct Powers {
   // The power of the source base whose odd part is given, `limbs` of them.
   static void set(Power& power, const Limbs& odd, int limbs) {
     const int twos = Way::FACTORS_OF_TWO * limbs;
-    power.factor = product(odd, single(Limb{1} << twos % BINARY_LIMB_BITS));
+    power.factor = product(odd, single(Limb{1} << twos % LANE_BITS));
     power.factor.pad();
-    power.shift = twos / BINARY_LIMB_BITS;
+    power.shift = twos / LANE_BITS;
   }
 
   static Limbs product(Limbs x, const Limbs& y) {
@@ -285,14 +284,8 @@ void convert(Limbs& target, const Limbs& source) {
 
 }  // namespace
 
-void to_binary(Binary& binary, const Magnitude& decimal) { convert<ToBinary>(binary, decimal); }
+void to_binary(Lanes& lanes, const Magnitude& decimal) { convert<ToBinary>(lanes, decimal); }
 
-void to_decimal(Magnitude& decimal, const Binary& binary) { convert<ToDecimal>(decimal, binary); }
-
-int bit_count(const Binary& binary) {
-  if (binary.is_zero()) return 0;
-  const int top = binary.count() - 1;
-  return top * BINARY_LIMB_BITS + static_cast<int>(std::bit_width(binary.limb()[top]));
-}
+void to_decimal(Magnitude& decimal, const Lanes& lanes) { convert<ToDecimal>(decimal, lanes); }
 
 }  // namespace omrel
