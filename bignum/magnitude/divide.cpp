@@ -34,6 +34,7 @@ class LongDivision {
         divisor_limb(divisor.pad()),
         position_count(a.count() - divisor.count() + 1) {
     assert(d.limb()[d.count() - 1] >= LIMB_BASE / 10);
+    Limb top[Estimator::TOP];
     for (int s = 0; s < Estimator::TOP; ++s) top[s] = divisor_limb[d.count() - 1 - s];
     estimator.set_divisor(top);
     std::fill_n(storage, ROW_PADDING, 0);
@@ -61,12 +62,10 @@ class LongDivision {
     add_group(0, 0);
     constexpr Limb OFFSET = Limb{1} << 37;  // OFFSET * LIMB_BASE is above any column's magnitude
     const int count = std::min(d.count() + 1, MAX_LIMBS);
-    Limb carry = 0;
     for (int i = 0; i < count; ++i) {
-      const Limb total = OFFSET * LIMB_BASE + carry - columns()[i];
-      carry = total / LIMB_BASE - OFFSET;
-      r.limb()[i] = total % LIMB_BASE;
+      r.limb()[i] = OFFSET * LIMB_BASE - (i == 0 ? 0 : OFFSET) - columns()[i];
     }
+    carry_columns(r.limb(), count);
     r.trim(count);
   }
 
@@ -76,12 +75,8 @@ class LongDivision {
   // At position p the head is the remainder's columns from p + d.count() - 1 up.
   void find_limbs(int j) {
     const int first = std::min(j + ROWS, position_count) - 1;
-    const int count = first - j + 1;
-    Limb near[Estimator::NEAR];
     const Limb* next = columns() + first + d.count() - 2;
-    for (int m = 0; m < Estimator::NEAR; ++m) near[m] = 0 - next[-m];
-    estimator.find_group(q.limb() + first, count, head, near, top);
-    ratio = estimator.ratio(head, near[count]);
+    ratio = estimator.find_group(q.limb() + first, first - j + 1, head, next);
   }
 
   // Adds the rows of the limbs from position j up, without the divisor's lowest `skipped` limbs.
@@ -95,7 +90,6 @@ class LongDivision {
   const Magnitude& d;
   const Limb* const divisor_limb;  // with zeros around them
   const int position_count;
-  Limb top[Estimator::TOP];
   Estimator estimator;
   Limb head;
   double ratio = 0;

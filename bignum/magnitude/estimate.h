@@ -1,9 +1,10 @@
-// Quotient limbs from floating point, for long division and for square roots, which is division by
-// twice the root so far.
+// Quotient limbs, for long division and for square roots, which is division by twice the root so
+// far.
 //
 // A remainder is held by its head H, the columns from some place up as one exact integer, and the
 // columns below it, not normalised: each may be as large as a machine word. The quotient limb is
-// H + (next + after / LIMB_BASE) / LIMB_BASE over the leading limbs of the divisor.
+// H + (next + after / LIMB_BASE) / LIMB_BASE over the leading limbs of the divisor; it is estimated
+// in floating point, or, two limbs at a time, in integers where the machine has products of words.
 //
 // Nothing here depends on how the host has left the floating-point unit to round. An estimate comes
 // from a dozen roundings; each is off by at most one unit in the last place in any mode, a part of
@@ -20,14 +21,12 @@ class Estimator {
   static constexpr int TOP = ROWS + 2;   // leading divisor limbs that a group of estimates reads
   static constexpr int NEAR = ROWS + 2;  // columns below the head that it reads
 
-  // The divisor's leading limbs, the top one at least LIMB_BASE / 10.
-  void set_divisor(const Limb* top) {
-    set_per_head(1.0 /
-                 (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB)));
-  }
+  // The divisor's leading limbs, the top one at least LIMB_BASE / 10: for groups, and for single
+  // limbs.
+  void set_divisor(const Limb (&top)[TOP]);
 
-  // The same, limb by limb: the top one, then the next one, at most ten times as large. The third
-  // one changes an estimate by no more than 10^-7.
+  // The same for single limbs, limb by limb: the top one, then the next one, at most ten times as
+  // large. The third one changes an estimate by no more than 10^-7.
   void set_top(Limb top) { set_per_head(1.0 / real(top)); }
   void set_next_to_top(Limb next) {
     // 1 / (1 + e) is 1 - e + e^2 for an e of 10^-7 at most, without a division.
@@ -37,16 +36,8 @@ class Estimator {
     set_per_head(per_head - x * first_order + x * x * second_order);
   }
 
-  // What the column after next adds to an estimate, less a bias that exceeds the error.
-  double low_part(Limb after) const { return real(after) * per_after - BIAS; }
-
   // The quotient limb and a fraction, never too large, and too small by less than 2 * BIAS.
-  double quotient(Limb head, Limb next, double low) const {
-    return real(head) * per_head + (real(next) * per_next + low);
-  }
-
-  // The same from a divisor that has just been set, whose reciprocal comes last.
-  double first_quotient(Limb head, Limb next, Limb after) const {
+  double quotient(Limb head, Limb next, Limb after) const {
     const double low = real(next) + real(after) * PER_LIMB;
     return (real(head) + low * PER_LIMB) * per_head - BIAS;
   }
@@ -65,35 +56,19 @@ class Estimator {
   // The ratio of a remainder to the divisor, at the place where its head ends; it is certainly
   // below one when this is.
   double ratio(Limb head, Limb next) const {
-    return real(head) * per_next + real(next) * per_after + RATIO_MARGIN;
+    return real(head) * per_next + real(next) * (per_next * PER_LIMB) + RATIO_MARGIN;
   }
 
-  // Finds `count` limbs one after another, the highest at x and the others before it. Subtracts
-  // their rows from the head, which moves down as many places, and from the columns near it; then
-  // near[count] is the one next to the head. Arithmetic is modulo 2^64; what is read is small
-  // enough.
-  //
-  // From limb to limb the steps depend on each other, so little is done between them: the column
-  // after next is read before the last limb's row is subtracted, which changes the estimate by less
-  // than 10^-6.
-  void find_group(Limb* x, int count, Limb& head, Limb (&near)[NEAR],
-                  const Limb (&top)[TOP]) const {
-    const Limb top_pair = top[0] * LIMB_BASE + top[1];
-    double low = low_part(near[1]);
-    for (int k = 0; k < count; ++k) {
-      const Limb limb = to_limb(quotient(head, near[k], low));
-      low = low_part(near[k + 2]);
-      x[-k] = limb;
-      head = head * LIMB_BASE + near[k] - limb * top_pair;
-      for (int m = k + 1; m <= ROWS; ++m) near[m] -= limb * top[m - k + 1];
-    }
-  }
+  // Finds `count` limbs one after another, the highest at x and the others before it; a zero may be
+  // written behind it. Subtracts their rows from the head, which moves down as many places, and
+  // returns the ratio of what is left to the divisor. `next` is the column below the head, with the
+  // others before it, all of them negated. Arithmetic is modulo 2^64; what is read is small enough.
+  double find_group(Limb* x, int count, Limb& head, const Limb* next) const;
 
  private:
-  void set_per_head(double reciprocal) {
-    per_head = reciprocal;
+  void set_per_head(double value) {
+    per_head = value;
     per_next = per_head * PER_LIMB;
-    per_after = per_next * PER_LIMB;
   }
 
   static constexpr double PER_LIMB = 1.0 / static_cast<double>(LIMB_BASE);
@@ -102,7 +77,14 @@ class Estimator {
 
   double per_head = 0;
   double per_next = 0;
-  double per_after = 0;
+#ifdef __SIZEOF_INT128__
+  std::uint64_t reciprocal;
+  int shift;
+  std::uint64_t top_pair[TOP / 2];
+  Limb upper[TOP / 2];  // of each pair
+#else
+  Limb top[TOP];
+#endif
 };
 
 }  // namespace omrel

@@ -94,7 +94,7 @@ class ColumnSettler {
   Limb sent_again = 0;
 };
 
-// Turns columns into limbs; the carry out of the last one is zero by the caller's bound.
+// Turns columns into limbs; a carry out of the last one is dropped.
 void carry_columns(Limb* columns, int count);
 
 // Decimal digits in a number that is not zero.

@@ -33,6 +33,7 @@ class LimbRoot {
   void run(int cut) {
     int p = limb_count - 2;
     for (; p >= 0 && (p >= limb_count - FIRST || p % ROWS != ROWS - 1); --p) take_limb(p);
+    if (p >= 0) estimator.set_divisor(top);
     for (; p >= 0; p -= ROWS) take_group(p - ROWS + 1, cut);
   }
 
@@ -71,7 +72,7 @@ class LimbRoot {
   // - 1.
   void take_limb(int p) {
     const Limb* near = columns() + p + limb_count - 2;
-    double x_and_more = estimator.first_quotient(head, 0 - near[0], 0 - near[-1]);
+    double x_and_more = estimator.quotient(head, 0 - near[0], 0 - near[-1]);
     if (p == limb_count - 2) {
       // Here x^2 reaches the estimate: solve (top + x / B) x for x, starting from x itself. The
       // quotient by 1 + t is x - x t, but for 10^-6.
@@ -89,12 +90,9 @@ class LimbRoot {
   }
 
   void take_group(int j, int cut) {
-    Limb near[Estimator::NEAR];
-    const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
-    for (int m = 0; m < Estimator::NEAR; ++m) near[m] = 0 - next[-m];
     Limb x[ROWS];
-    estimator.find_group(x + ROWS - 1, ROWS, head, near, top);
-    ratio = estimator.ratio(head, near[ROWS]);
+    const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
+    ratio = estimator.find_group(x + ROWS - 1, ROWS, head, next);
     const int lowest = std::max(j + ROWS, std::min(cut - j, limb_count));
     add_rows(columns() + j + lowest, twice() + lowest, limb_count - lowest, x);
     for (int i = 0; i < ROWS; ++i) {
