@@ -43,7 +43,7 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
     length -= first;
   }
   const int whole = length / LIMB_DIGITS;
-  for (int i = 0; i < whole; ++i) limb[i] = number_of(load_word(digits + i * LIMB_DIGITS));
+  load_limbs(limb, digits, whole);
   limb += whole;
   const int rest = length % LIMB_DIGITS;
   if (rest > 0) *limb++ = number_of(load_few(digits + whole * LIMB_DIGITS, rest));
@@ -51,12 +51,8 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
 }
 
 int store(char* digits, const Magnitude& m) {
-  std::uint64_t word = ASCII_ZEROS;
-  for (int i = 0; i < m.count(); ++i) {
-    word = word_of(m.limb()[i]);
-    store_word(digits + i * LIMB_DIGITS, word);
-  }
-  return m.count() * LIMB_DIGITS - (m.is_zero() ? 0 : std::countl_zero(word ^ ASCII_ZEROS) / 8);
+  store_limbs(digits, m.limb(), m.count());
+  return m.is_zero() ? 0 : digit_count(m);
 }
 
 void carry_columns(Limb* columns, int count) {

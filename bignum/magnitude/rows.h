@@ -1,4 +1,5 @@
-// The one vector function of the engine: rows of products into columns.
+// The vector functions of the engine: rows of products into columns, and limbs from digits and
+// back.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +26,14 @@ using AddRows = void (*)(Limb* columns, const Limb* multiplicand, int count,
                          const Limb* multipliers);
 extern const AddRows add_rows;
 
-// Every version that this machine can run, the chosen one first.
+// Reads `count` limbs of eight digits each, or writes them: a limb is the number that a word of
+// digits stands for; see digit_text.h.
+using LoadLimbs = void (*)(Limb* limbs, const char* digits, int count);
+using StoreLimbs = void (*)(char* digits, const Limb* limbs, int count);
+extern const LoadLimbs load_limbs;
+extern const StoreLimbs store_limbs;
+
+// Every version of add_rows that this machine can run, the chosen one first.
 std::vector<AddRows> add_rows_versions();
 
 }  // namespace omrel
