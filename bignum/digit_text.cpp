@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "bignum/processor.h"
+
 namespace omrel {
 namespace {
 
@@ -61,7 +63,43 @@ char* write_number(char* text, std::uint64_t number) {
   return text;
 }
 
+namespace {
+
+#ifdef OMREL_VECTORS
+
+const bool HAS_AVX2 = has_avx2();
+constexpr int MANY = 64;  // characters, from which on vectors are worth a call
+
+// As reverse_words for MANY characters, which may mark the lowest byte for any foreign one.
+__attribute__((target("avx2"))) std::uint64_t reverse_vectors(char* to, const char* from, int n) {
+  const __m256i backwards = _mm256_broadcastsi128_si256(
+      _mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
+  __m256i found = _mm256_setzero_si256();
+  for (; n >= 32; n -= 32, to += 32) {
+    __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + n - 32));
+    x = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(x, backwards), 0b01'00'11'10);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), x);
+    const __m256i value = _mm256_xor_si256(x, _mm256_set1_epi8('0'));
+    found = _mm256_or_si256(found, value);
+    found = _mm256_or_si256(found, _mm256_add_epi8(value, _mm256_set1_epi8(0x76)));
+  }
+  std::uint64_t marks = _mm256_movemask_epi8(found) != 0 ? 0x80 : 0;
+  for (; n > 0; n -= 8, to += 8) marks |= reverse_word(to, from + n - 8);
+  return marks;
+}
+
+#else
+
+constexpr bool HAS_AVX2 = false;
+constexpr int MANY = 0;
+std::uint64_t reverse_vectors(char*, const char*, int) { return 0; }
+
+#endif
+
+}  // namespace
+
 std::uint64_t reverse_words(char* buffer, const char* text, int n) {
+  if (n >= MANY && HAS_AVX2) return reverse_vectors(buffer, text, n);
   std::uint64_t marks = 0;
   const char* end = text + n;
   const char* first_pair = text + n % 16;
@@ -74,6 +112,10 @@ std::uint64_t reverse_words(char* buffer, const char* text, int n) {
 }
 
 void reverse_words_from_buffer(char* text, const char* buffer, int n) {
+  if (n >= MANY && HAS_AVX2) {
+    reverse_vectors(text, buffer, n);
+    return;
+  }
   const char* end = buffer + n;
   const char* first_pair = buffer + n % 16;
   for (; end != first_pair; end -= 16, text += 16) {
