@@ -1,5 +1,6 @@
 #include "bench/cases.h"
 
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -7,6 +8,7 @@ namespace omrel::bench {
 namespace {
 
 constexpr int SIZES[] = {1, 2, 9, 18, 36, 100, 300, 1000, 3249, 6498};
+constexpr int BETWEEN[] = {24, 50, 72, 150, 200, 500};  // where ways of computing meet
 constexpr int MAX_RESULT = 6499;
 
 std::mt19937 generator(20191206);
@@ -53,6 +55,7 @@ class Builder {
     pair(word, 1000, 100);
     pair(word, 5400, 1000);
     pair(word, 6400, 36);
+    for (int n : BETWEEN) pair(word, n, n);
   }
 
   void quotients(const std::string& word, int longest) {
@@ -65,10 +68,38 @@ class Builder {
     pair(word, longest, 300);
     pair(word, longest, 3249);
     pair(word, longest, longest - 98);
+    for (int n : {24, 36, 50, 100, 200, 500}) {
+      pair(word, 2 * n, n);
+      pair(word, n + n / 2, n);
+    }
+    for (const auto& [divisor, zeros] : {std::pair{18, 30}, {50, 50}, {100, 300}}) {
+      const std::string text = number(divisor);
+      add({word, by(divisor + zeros, divisor) + " exact", {text + std::string(zeros, '0'), text}});
+    }
   }
 
   void singles(const std::string& word) {
     for (int n : SIZES) add({word, std::to_string(n), {number(n)}});
+  }
+
+  void singles_between(const std::string& word) {
+    for (int n : BETWEEN) add({word, std::to_string(n), {number(n)}});
+  }
+
+  // Operands cut to so many bits.
+  void widths(const std::string& word) {
+    for (const auto& [n, width] : {std::pair{9, 8},
+                                   {18, 40},
+                                   {36, 64},
+                                   {100, 100},
+                                   {300, 512},
+                                   {1000, 1000},
+                                   {1000, 3000},
+                                   {6000, 10000}}) {
+      const std::string size = by(n, n) + " to " + std::to_string(width);
+      add({word, size, {number(n), number(n), std::to_string(width)}});
+    }
+    for (int n : BETWEEN) pair(word, n, n);
   }
 
   void means() {
@@ -97,6 +128,9 @@ class Builder {
     for (int n : SIZES) {
       add({"bintoint", std::to_string(n), {bits(std::max(1, static_cast<int>(n * 3.3219)))}});
     }
+    for (int n : BETWEEN) {
+      add({"bintoint", std::to_string(n), {bits(static_cast<int>(n * 3.3219))}});
+    }
   }
 
   void shifts() {
@@ -110,6 +144,13 @@ class Builder {
       for (int count : {1, 20, 500}) shift(">>", n, count);
     }
     shift(">>", 6498, 10000);
+    for (const char* word : {"<<", ">>"}) {
+      for (const auto& [n, count, width] :
+           {std::array{18, 20, 60}, {36, 20, 128}, {300, 100, 512}, {3000, 500, 3000}}) {
+        const std::string size = by(n, count) + " to " + std::to_string(width);
+        add({word, size, {number(n), std::to_string(count), std::to_string(width)}});
+      }
+    }
   }
 
   void updates(const std::string& word, bool product) {
@@ -119,6 +160,13 @@ class Builder {
       }
     }
     add({word, by(6400, 18), {"x", number(18)}, number(6400)});
+  }
+
+  void updates_cut(const std::string& word) {
+    for (const auto& [n, width] : {std::pair{18, 40}, {100, 100}, {1000, 1000}, {6000, 10000}}) {
+      const std::string size = std::to_string(n) + " to " + std::to_string(width);
+      add({word, size, {"x", number(n), std::to_string(width)}, number(n)});
+    }
   }
 
   void increments() {
@@ -151,12 +199,15 @@ std::vector<Case> all_cases() {
   b.quotients("fmod", 6498);
   b.powers();
   b.counts("pow2", {10, 500, 513, 1000, 5000, 10000, 21500});
-  b.counts("fact", {5, 20, 50, 100, 300, 1000});
-  b.counts("fib", {10, 90, 300, 1000, 3000, 10000, 30000});
-  b.singles("sqrt");
-  b.singles("inttobin");
+  b.counts("fact", {5, 20, 50, 100, 200, 300, 1000});
+  b.counts("fib", {10, 90, 100, 300, 1000, 3000, 10000, 30000});
+  for (const char* word : {"sqrt", "inttobin"}) {
+    b.singles(word);
+    b.singles_between(word);
+  }
   b.binary_texts();
   for (const char* word : {"&", "|", "^"}) b.pairs(word);
+  for (const char* word : {"&", "|"}) b.widths(word);
   b.singles("~");
   b.shifts();
   b.singles("div2");
@@ -164,6 +215,7 @@ std::vector<Case> all_cases() {
   b.increments();
   b.updates("+=", false);
   b.updates("*=", true);
+  for (const char* word : {"&=", "|="}) b.updates_cut(word);
   return b.cases;
 }
 
