@@ -35,6 +35,8 @@ std::int32_t clamped(const bignum& n) {
 
 constexpr std::int32_t MAX_WORD_FACTORIAL = 20;  // 21! has more than 64 bits
 
+constexpr std::int32_t MAX_BINARY_FACTORIAL = HAS_WORD_PRODUCTS ? 350 : 0;
+
 }  // namespace
 
 bignum bignum::pow(const bignum& x, std::int32_t n) {
@@ -71,6 +73,11 @@ bignum bignum::fact(std::int32_t n) {
     std::uint64_t product = 1;
     for (int i = 2; i <= n; ++i) product *= static_cast<std::uint64_t>(i);
     return value_of(product, 0);
+  }
+  if (n <= MAX_BINARY_FACTORIAL) {
+    Binary product;
+    factorial(product, n);
+    return value_of(product);
   }
   Magnitude r;
   if (!factorial(r, n)) overflow();

@@ -22,6 +22,29 @@ std::uint64_t small_root(std::uint64_t n) {
   return (root + 1) * (root + 1) <= n ? root + 1 : root;
 }
 
+#ifdef __SIZEOF_INT128__
+
+constexpr int TWO_WORD_DIGITS = 36;
+
+// The same for a number of two words below 10^TWO_WORD_DIGITS. Here the root in floating point, a
+// word below 2^60, is off by less than 2^9 in any mode, and the rest over twice the root says by
+// how much, but for less than one.
+std::uint64_t two_word_root(std::uint64_t high, std::uint64_t low) {
+  __extension__ using Wide = unsigned __int128;
+  __extension__ using SignedWide = __int128;
+  const auto real = [](std::uint64_t word) { return static_cast<double>(word); };
+  const Wide n = Wide{high} << 64 | low;
+  auto root = static_cast<std::uint64_t>(std::sqrt(real(high) * 0x1p64 + real(low)));
+  const auto rest = static_cast<std::int64_t>(static_cast<SignedWide>(n - Wide{root} * root) >> 8);
+  root += static_cast<std::uint64_t>(
+      static_cast<std::int64_t>(static_cast<double>(rest) * 128 / real(root)));
+  while (Wide{root} * root > n) --root;
+  while (Wide{root + 1} * (root + 1) <= n) ++root;
+  return root;
+}
+
+#endif
+
 // Newton's steps from n downwards, until one does not lead below the estimate.
 //
 // A negative operand makes them wander, and some (-17 is the first) come back to an earlier
@@ -55,6 +78,14 @@ bignum bignum::sqrt(const bignum& n) {
   const Digits digits(n);
   const int length = significant_length(digits.text, digits.length);
   if (takes_steps || length == 0) return newton_root(n);
+#ifdef __SIZEOF_INT128__
+  if (length <= TWO_WORD_DIGITS) {
+    Binary two_words;
+    load(two_words, digits.text, length);
+    const std::uint64_t high = two_words.count() < 2 ? 0 : two_words.limb()[1];
+    return value_of(two_word_root(high, two_words.limb()[0]), 0);
+  }
+#endif
   // An even shift that fills the top pair of limbs; the root comes out shifted by half of it.
   const int shift = digits_to_fill(2 * LIMB_DIGITS, length) / 2 * 2;
   Magnitude m;

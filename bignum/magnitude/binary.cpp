@@ -52,6 +52,13 @@ constexpr int TOGETHER = 2;
 constexpr int FEW_DIGITS = 1600;
 constexpr int FEW_LIMBS = 190;
 
+// x * factor + carry, the upper half of which is the next carry.
+Limb multiply_limb(Limb x, Limb factor, Limb& carry) {
+  const Wide total = Wide{x} * factor + carry;
+  carry = static_cast<Limb>(total >> 64);
+  return static_cast<Limb>(total);
+}
+
 // So many steps of Horner's rule, the first of which adds chunk[0] last: `step` multiplies a limb
 // by the base that is left, adds a carry and leaves the next one there. Steps that are taken
 // together load and store a limb once. Returns the new count of limbs.
@@ -88,17 +95,26 @@ int take_all(Limb* limb, const Limb* chunk, int chunk_count, const Step& step) {
   return count;
 }
 
+}  // namespace
+
+void multiply(Binary& x, Limb factor) {
+  Limb carry = 0;
+  for (int i = 0; i < x.count(); ++i) x.limb()[i] = multiply_limb(x.limb()[i], factor, carry);
+  const int count = x.count();
+  x.limb()[count] = carry;
+  x.trim(count + 1);
+}
+
+namespace {
+
 void multiply_up(Binary& binary, const char* digits, int length) {
   Limb chunk[FEW_DIGITS / STEP_DIGITS + 1];
   int count = 0;
   for (int at = 0; at < length; at += STEP_DIGITS) {
     chunk[count++] = step_at(digits + at, std::min(length - at, STEP_DIGITS));
   }
-  binary.trim(take_all(binary.limb(), chunk, count, [](Limb limb, Limb& carry) {
-    const Wide total = Wide{limb} * (10 * UNIT) + carry;
-    carry = static_cast<Limb>(total >> 64);
-    return static_cast<Limb>(total);
-  }));
+  binary.trim(take_all(binary.limb(), chunk, count,
+                       [](Limb x, Limb& carry) { return multiply_limb(x, 10 * UNIT, carry); }));
 }
 
 // Writes limbs below 2.8 UNIT as digits; returns the count without leading zeros.
@@ -143,6 +159,18 @@ int multiply_out(char* digits, const Binary& binary) {
 
 constexpr int FEW_DIGITS = 0;
 constexpr int FEW_LIMBS = 0;
+}  // namespace
+
+void multiply(Binary& x, Limb factor) {
+  Limb carry = 0;
+  for (int i = 0; i < x.count(); ++i) x.limb()[i] = multiply_limb(x.limb()[i], factor, carry);
+  const int count = x.count();
+  x.limb()[count] = carry;
+  x.trim(count + 1);
+}
+
+namespace {
+
 void multiply_up(Binary&, const char*, int) {}
 int multiply_out(char*, const Binary&) { return 0; }
 

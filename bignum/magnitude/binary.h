@@ -22,6 +22,14 @@ int store(char* digits, const Binary& binary);
 // Bits of a number, 0 for zero.
 int bit_count(const Binary& binary);
 
+// Whether the machine has products of words.
+#ifdef __SIZEOF_INT128__
+constexpr bool HAS_WORD_PRODUCTS = true;
+void multiply(Binary& x, Limb factor);
+#else
+constexpr bool HAS_WORD_PRODUCTS = false;
+#endif
+
 // x = x * 2^n, x / 2^n truncated, x modulo 2^width.
 void shift_left(Binary& x, int n);
 void shift_right(Binary& x, int n);

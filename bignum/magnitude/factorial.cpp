@@ -59,6 +59,21 @@ void swing(Magnitude& r, int n) {
 
 }  // namespace
 
+void factorial(Binary& r, int n) {
+  r.limb()[0] = 1;
+  r.trim(1);
+  Limb factor = 1;
+  for (Limb i = 2; i <= static_cast<Limb>(n); ++i) {
+    Limb product = 0;
+    if (__builtin_mul_overflow(factor, i, &product)) {
+      multiply(r, factor);
+      product = i;
+    }
+    factor = product;
+  }
+  multiply(r, factor);
+}
+
 // From the factorial of half the number, of half of that and so on (P. Luschny, Swing, divide and
 // conquer the factorial, 2008): half the work is squaring.
 bool factorial(Magnitude& r, int n) {
