@@ -35,7 +35,9 @@ std::int32_t clamped(const bignum& n) {
 
 constexpr std::int32_t MAX_WORD_FACTORIAL = 20;  // 21! has more than 64 bits
 
-constexpr std::int32_t MAX_BINARY_FACTORIAL = HAS_WORD_PRODUCTS ? 350 : 0;
+// Between these a factorial is multiplied in binary.
+constexpr std::int32_t MIN_BINARY_FACTORIAL = 60;
+constexpr std::int32_t MAX_BINARY_FACTORIAL = 350;
 
 }  // namespace
 
@@ -74,7 +76,7 @@ bignum bignum::fact(std::int32_t n) {
     for (int i = 2; i <= n; ++i) product *= static_cast<std::uint64_t>(i);
     return value_of(product, 0);
   }
-  if (n <= MAX_BINARY_FACTORIAL) {
+  if (n >= MIN_BINARY_FACTORIAL && n <= MAX_BINARY_FACTORIAL) {
     Binary product;
     factorial(product, n);
     return value_of(product);

@@ -38,25 +38,38 @@ Limb step_at(const char* digits, int count) {
          number_of(load_few(digits + 2 * LIMB_DIGITS, count - 2 * LIMB_DIGITS)) * TWO_LIMBS;
 }
 
-#ifdef __SIZEOF_INT128__
-
-__extension__ using Wide = unsigned __int128;
-
 // What a step back takes in, and the limbs that it takes it into.
 constexpr int CHUNK_BITS = 59;
 constexpr int UNIT_DIGITS = 18;
 constexpr Limb UNIT = 100 * TWO_LIMBS;
 
-// Up to so many digits, and limbs, the ways of this file are the faster ones.
+// How many steps are taken together.
 constexpr int TOGETHER = 2;
+
+// Up to so many digits, and limbs, the ways of this file are the faster ones.
+#ifdef __SIZEOF_INT128__
 constexpr int FEW_DIGITS = 1600;
 constexpr int FEW_LIMBS = 190;
+#else
+constexpr int FEW_DIGITS = 60;
+constexpr int FEW_LIMBS = 3;
+#endif
 
 // x * factor + carry, the upper half of which is the next carry.
 Limb multiply_limb(Limb x, Limb factor, Limb& carry) {
+#ifdef __SIZEOF_INT128__
+  __extension__ using Wide = unsigned __int128;
   const Wide total = Wide{x} * factor + carry;
   carry = static_cast<Limb>(total >> 64);
   return static_cast<Limb>(total);
+#else
+  constexpr Limb LOW = 0xFFFFFFFF;
+  const Limb low = (x & LOW) * (factor & LOW) + (carry & LOW);
+  const Limb middle = (x >> 32) * (factor & LOW) + (low >> 32) + (carry >> 32);
+  const Limb other = (x & LOW) * (factor >> 32) + (middle & LOW);
+  carry = (x >> 32) * (factor >> 32) + (middle >> 32) + (other >> 32);
+  return other << 32 | (low & LOW);
+#endif
 }
 
 // So many steps of Horner's rule, the first of which adds chunk[0] last: `step` multiplies a limb
@@ -95,18 +108,6 @@ int take_all(Limb* limb, const Limb* chunk, int chunk_count, const Step& step) {
   return count;
 }
 
-}  // namespace
-
-void multiply(Binary& x, Limb factor) {
-  Limb carry = 0;
-  for (int i = 0; i < x.count(); ++i) x.limb()[i] = multiply_limb(x.limb()[i], factor, carry);
-  const int count = x.count();
-  x.limb()[count] = carry;
-  x.trim(count + 1);
-}
-
-namespace {
-
 void multiply_up(Binary& binary, const char* digits, int length) {
   Limb chunk[FEW_DIGITS / STEP_DIGITS + 1];
   int count = 0;
@@ -139,7 +140,16 @@ int store_units(char* digits, const Limb* limb, int count) {
 // carry: a quotient by the reciprocal is too small by less than 1 + limb / 2^64, and the carry that
 // is added to what it leaves is less than 0.58 limbs: 1 + 2.8 * (0.055 + 0.577) < 2.8.
 int multiply_out(char* digits, const Binary& binary) {
-  constexpr auto RECIPROCAL = static_cast<Limb>((Wide{1} << (64 + CHUNK_BITS)) / UNIT);
+  constexpr Limb RECIPROCAL = [] {
+    Limb quotient = 0;
+    Limb rest = 1;
+    for (int i = 0; i < 64 + CHUNK_BITS; ++i) {
+      rest *= 2;
+      quotient = 2 * quotient + rest / UNIT;
+      rest %= UNIT;
+    }
+    return quotient;
+  }();
   static_assert(RECIPROCAL >> 63 == 1, "the largest chunk for which it is a word");
   constexpr int MAX_CHUNKS = FEW_LIMBS * BINARY_LIMB_BITS / CHUNK_BITS + 1;
   Limb chunk[MAX_CHUNKS];
@@ -147,34 +157,14 @@ int multiply_out(char* digits, const Binary& binary) {
   const int count = (bit_count(binary) + CHUNK_BITS - 1) / CHUNK_BITS;
   for (int i = 0; i < count; ++i) chunk[i] = bits_at(binary, i * CHUNK_BITS, CHUNK_BITS);
   const int units = take_all(limb, chunk, count, [](Limb x, Limb& carry) {
-    const auto quotient = static_cast<Limb>(Wide{x} * RECIPROCAL >> 64);
+    Limb quotient = 0;
+    multiply_limb(x, RECIPROCAL, quotient);
     const Limb left = (x << CHUNK_BITS) - quotient * UNIT + carry;
     carry = quotient;
     return left;
   });
   return store_units(digits, limb, units);
 }
-
-#else
-
-constexpr int FEW_DIGITS = 0;
-constexpr int FEW_LIMBS = 0;
-}  // namespace
-
-void multiply(Binary& x, Limb factor) {
-  Limb carry = 0;
-  for (int i = 0; i < x.count(); ++i) x.limb()[i] = multiply_limb(x.limb()[i], factor, carry);
-  const int count = x.count();
-  x.limb()[count] = carry;
-  x.trim(count + 1);
-}
-
-namespace {
-
-void multiply_up(Binary&, const char*, int) {}
-int multiply_out(char*, const Binary&) { return 0; }
-
-#endif
 
 // From lanes to limbs and back.
 void pack(Binary& binary, const Lanes& lanes) {
@@ -228,6 +218,14 @@ int bit_count(const Binary& binary) {
   if (binary.is_zero()) return 0;
   const int top = binary.count() - 1;
   return top * BINARY_LIMB_BITS + static_cast<int>(std::bit_width(binary.limb()[top]));
+}
+
+void multiply(Binary& x, Limb factor) {
+  Limb carry = 0;
+  for (int i = 0; i < x.count(); ++i) x.limb()[i] = multiply_limb(x.limb()[i], factor, carry);
+  const int count = x.count();
+  x.limb()[count] = carry;
+  x.trim(count + 1);
 }
 
 void shift_left(Binary& x, int n) {

@@ -22,13 +22,8 @@ int store(char* digits, const Binary& binary);
 // Bits of a number, 0 for zero.
 int bit_count(const Binary& binary);
 
-// Whether the machine has products of words.
-#ifdef __SIZEOF_INT128__
-constexpr bool HAS_WORD_PRODUCTS = true;
+// x = x * factor.
 void multiply(Binary& x, Limb factor);
-#else
-constexpr bool HAS_WORD_PRODUCTS = false;
-#endif
 
 // x = x * 2^n, x / 2^n truncated, x modulo 2^width.
 void shift_left(Binary& x, int n);

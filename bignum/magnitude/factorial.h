@@ -5,7 +5,7 @@
 
 namespace omrel {
 
-// r = n!, n >= 2, for few numbers: the faster way up to some hundred where binary numbers are fast.
+// r = n!, n >= 2, for few numbers: the faster way up to some hundred.
 void factorial(Binary& r, int n);
 
 // r = n!, n >= 2. False when that has more than MAX_LIMBS limbs.
