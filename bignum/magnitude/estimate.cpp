@@ -78,8 +78,8 @@ double Estimator::find_group(Limb* x, int count, Limb& head, const Limb* next) c
 
 #else
 
-void Estimator::set_divisor(const Limb (&top_limbs)[TOP]) {
-  std::copy_n(top_limbs, TOP, top);
+void Estimator::set_divisor(const Limb (&top)[TOP]) {
+  std::copy_n(top, TOP, leading);
   set_per_head(1.0 /
                (real(top[0]) + real(top[1]) * PER_LIMB + real(top[2]) * (PER_LIMB * PER_LIMB)));
 }
@@ -92,14 +92,14 @@ double Estimator::find_group(Limb* x, int count, Limb& head, const Limb* next) c
   const auto low_part = [&](Limb after) { return real(after) * per_after - BIAS; };
   Limb near[NEAR];
   for (int i = 0; i < NEAR; ++i) near[i] = 0 - next[-i];
-  const Limb top_pair = top[0] * LIMB_BASE + top[1];
+  const Limb top_pair = leading[0] * LIMB_BASE + leading[1];
   double low = low_part(near[1]);
   for (int k = 0; k < count; ++k) {
     const Limb limb = to_limb(real(head) * per_head + (real(near[k]) * per_next + low));
     low = low_part(near[k + 2]);
     x[-k] = limb;
     head = head * LIMB_BASE + near[k] - limb * top_pair;
-    for (int i = k + 1; i <= ROWS; ++i) near[i] -= limb * top[i - k + 1];
+    for (int i = k + 1; i <= ROWS; ++i) near[i] -= limb * leading[i - k + 1];
   }
   return ratio(head, near[count]);
 }

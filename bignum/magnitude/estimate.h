@@ -83,7 +83,7 @@ class Estimator {
   std::uint64_t top_pair[TOP / 2];
   Limb upper[TOP / 2];  // of each pair
 #else
-  Limb top[TOP];
+  Limb leading[TOP];
 #endif
 };
 
