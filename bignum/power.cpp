@@ -37,7 +37,7 @@ constexpr std::int32_t MAX_WORD_FACTORIAL = 20;  // 21! has more than 64 bits
 
 // Between these a factorial is multiplied in binary.
 constexpr std::int32_t MIN_BINARY_FACTORIAL = 60;
-constexpr std::int32_t MAX_BINARY_FACTORIAL = 350;
+constexpr std::int32_t MAX_BINARY_FACTORIAL = sizeof(void*) > 4 ? 350 : 130;
 
 }  // namespace
 

@@ -33,6 +33,9 @@ const Limb* Limbs::pad() {
   return limb();
 }
 
+// From so many limbs on a call of the vector functions pays.
+constexpr int MANY = 6;
+
 void load(Magnitude& m, const char* digits, int length, int shift) {
   Limb* limb = m.limb();
   for (; shift >= LIMB_DIGITS; shift -= LIMB_DIGITS) *limb++ = 0;
@@ -43,7 +46,11 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
     length -= first;
   }
   const int whole = length / LIMB_DIGITS;
-  load_limbs(limb, digits, whole);
+  if (whole >= MANY) {
+    load_limbs(limb, digits, whole);
+  } else {
+    for (int i = 0; i < whole; ++i) limb[i] = number_of(load_word(digits + i * LIMB_DIGITS));
+  }
   limb += whole;
   const int rest = length % LIMB_DIGITS;
   if (rest > 0) *limb++ = number_of(load_few(digits + whole * LIMB_DIGITS, rest));
@@ -51,7 +58,11 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
 }
 
 int store(char* digits, const Magnitude& m) {
-  store_limbs(digits, m.limb(), m.count());
+  if (m.count() >= MANY) {
+    store_limbs(digits, m.limb(), m.count());
+  } else {
+    for (int i = 0; i < m.count(); ++i) store_word(digits + i * LIMB_DIGITS, word_of(m.limb()[i]));
+  }
   return m.is_zero() ? 0 : digit_count(m);
 }
 
