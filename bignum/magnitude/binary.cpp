@@ -16,10 +16,11 @@ namespace {
 constexpr int STEP_DIGITS = 19;
 constexpr Limb TWO_LIMBS = LIMB_BASE * LIMB_BASE;
 
-// So many bits of a number from bit `first` on.
+// So many bits of a number from bit `first` on, zeros above it.
 Limb bits_at(const Binary& binary, int first, int count) {
   const int i = first / BINARY_LIMB_BITS;
   const int offset = first % BINARY_LIMB_BITS;
+  if (i >= binary.count()) return 0;
   Limb bits = binary.limb()[i] >> offset;
   if (offset + count > BINARY_LIMB_BITS && i + 1 < binary.count()) {
     bits |= binary.limb()[i + 1] << (BINARY_LIMB_BITS - offset);
@@ -49,7 +50,7 @@ constexpr int TOGETHER = 2;
 // Up to so many digits, and limbs, the ways of this file are the faster ones.
 #ifdef __SIZEOF_INT128__
 constexpr int FEW_DIGITS = 1600;
-constexpr int FEW_LIMBS = 190;
+constexpr int FEW_LIMBS = 220;
 #else
 constexpr int FEW_DIGITS = 60;
 constexpr int FEW_LIMBS = 3;
@@ -166,30 +167,6 @@ int multiply_out(char* digits, const Binary& binary) {
   return store_units(digits, limb, units);
 }
 
-// From lanes to limbs and back.
-void pack(Binary& binary, const Lanes& lanes) {
-  Limb* limb = binary.limb();
-  Limb bits = 0;
-  int filled = 0;
-  for (int i = 0; i < lanes.count(); ++i) {
-    bits |= lanes.limb()[i] << filled;
-    filled += LANE_BITS;
-    if (filled >= BINARY_LIMB_BITS) {
-      filled -= BINARY_LIMB_BITS;
-      *limb++ = bits;
-      bits = lanes.limb()[i] >> (LANE_BITS - filled);
-    }
-  }
-  *limb++ = bits;
-  binary.trim(static_cast<int>(limb - binary.limb()));
-}
-
-void unpack(Lanes& lanes, const Binary& binary) {
-  const int count = (bit_count(binary) + LANE_BITS - 1) / LANE_BITS;
-  for (int i = 0; i < count; ++i) lanes.limb()[i] = bits_at(binary, i * LANE_BITS, LANE_BITS);
-  lanes.trim(count);
-}
-
 }  // namespace
 
 void load(Binary& binary, const char* digits, int length) {
@@ -202,16 +179,39 @@ void load(Binary& binary, const char* digits, int length) {
   load(decimal, digits, length, 0);
   Lanes lanes;
   to_binary(lanes, decimal);
-  pack(binary, lanes);
+  pack(binary, lanes.limb(), lanes.count());
 }
 
 int store(char* digits, const Binary& binary) {
   if (binary.count() <= FEW_LIMBS) return multiply_out(digits, binary);
   Lanes lanes;
-  unpack(lanes, binary);
+  const int count = (bit_count(binary) + LANE_BITS - 1) / LANE_BITS;
+  unpack(lanes.limb(), count, binary);
+  lanes.trim(count);
   Magnitude decimal;
   to_decimal(decimal, lanes);
   return store(digits, decimal);
+}
+
+void pack(Binary& binary, const Limb* lanes, int count) {
+  Limb* limb = binary.limb();
+  Limb bits = 0;
+  int filled = 0;
+  for (int i = 0; i < count; ++i) {
+    bits |= lanes[i] << filled;
+    filled += LANE_BITS;
+    if (filled >= BINARY_LIMB_BITS) {
+      filled -= BINARY_LIMB_BITS;
+      *limb++ = bits;
+      bits = lanes[i] >> (LANE_BITS - filled);
+    }
+  }
+  *limb++ = bits;
+  binary.trim(static_cast<int>(limb - binary.limb()));
+}
+
+void unpack(Limb* lanes, int count, const Binary& binary) {
+  for (int i = 0; i < count; ++i) lanes[i] = bits_at(binary, i * LANE_BITS, LANE_BITS);
 }
 
 int bit_count(const Binary& binary) {

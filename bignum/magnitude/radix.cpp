@@ -9,8 +9,9 @@
 #include "bignum/magnitude/radix.h"
 
 #include <algorithm>
-#include <array>
-#include <utility>
+#include <cstring>
+
+#include "bignum/magnitude/binary.h"
 
 namespace omrel {
 namespace {
@@ -21,6 +22,7 @@ constexpr Limb BINARY_BASE = Limb{1} << LANE_BITS;
 // base: good enough to go on with, and no carry waits for another. In front of those columns there
 // are two zeros. `carry` makes limbs of columns, `carry_settled` of what has been settled.
 struct ToBinary {
+  static constexpr bool BY_WORDS = false;
   static constexpr int CHUNK = 9;   // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
   static constexpr int CHUNKS = 7;  // steps that make a block
   static constexpr Limb SOURCE = LIMB_BASE;
@@ -53,8 +55,14 @@ struct ToBinary {
 };
 
 struct ToDecimal {
+  // Blocks are converted as binary.h does few limbs, the faster way where products of words are.
+#ifdef __SIZEOF_INT128__
+  static constexpr bool BY_WORDS = true;
+#else
+  static constexpr bool BY_WORDS = false;
+#endif
   static constexpr int CHUNK = 8;  // 2^(8 * 26) < 10^(8 * 8)
-  static constexpr int CHUNKS = 8;
+  static constexpr int CHUNKS = BY_WORDS ? 27 : 8;
   static constexpr Limb SOURCE = BINARY_BASE;
   static constexpr Limb TARGET = LIMB_BASE;
   static constexpr Limb ODD_FACTOR = BINARY_BASE;  // no shift in the target
@@ -62,6 +70,16 @@ struct ToDecimal {
 
   // 2^26 < 10^8
   static constexpr int room(int n) { return n; }
+
+  static void convert_by_words(Limb* target, const Limb* source, int count) {
+    char digits[LIMB_DIGITS * (CHUNK * CHUNKS + 4)];
+    Binary binary;
+    pack(binary, source, count);
+    const int length = store(digits, binary);
+    const auto room = static_cast<std::size_t>(LIMB_DIGITS * count);
+    std::memset(digits + length, '0', room - static_cast<std::size_t>(length));
+    load_limbs(target, digits, count);
+  }
 
   static void carry(Limb* columns, int count) { carry_columns(columns, count); }
   static void carry_settled(Limb* limbs, int count) {
@@ -167,57 +185,41 @@ struct Powers {
   }
 };
 
-// columns = COUNT source limbs, room(COUNT) columns, not carried.
-template <class Way, int COUNT>
-void sum_limbs(Limb* columns, const Limb* source, const Powers<Way>& powers) {
+// columns = a chunk, CHUNK_ROOM columns, not carried.
+template <class Way>
+void sum_chunk(Limb* columns, const Limb* source, const Powers<Way>& powers) {
   constexpr int MORE = Powers<Way>::CHUNK_ROOM - Way::CHUNK;
   // The i-th power has no more limbs than i + 1 + MORE.
 #pragma GCC unroll 16
-  for (int k = 0; k < COUNT + MORE; ++k) {
+  for (int k = 0; k < Way::CHUNK + MORE; ++k) {
     Limb sum = 0;
 #pragma GCC unroll 16
-    for (int i = std::max(k - MORE, 0); i < COUNT; ++i) sum += source[i] * powers.small[i][k];
+    for (int i = std::max(k - MORE, 0); i < Way::CHUNK; ++i) sum += source[i] * powers.small[i][k];
     columns[k] = sum;
   }
 }
 
-// The same for a count up to CHUNK; the columns above are cleared, as far as a chunk has any.
-template <class Way>
-void sum_chunk(Limb* columns, const Limb* source, int count, const Powers<Way>& powers) {
-  using Sum = void (*)(Limb*, const Limb*, const Powers<Way>&);
-  static constexpr auto SUMS = []<int... I>(std::integer_sequence<int, I...>) {
-    return std::array<Sum, sizeof...(I)>{sum_limbs<Way, I + 1>...};
-  }
-  (std::make_integer_sequence<int, Way::CHUNK>());
-  std::fill(columns + count, columns + Powers<Way>::CHUNK_ROOM, 0);
-  SUMS[static_cast<unsigned>(count - 1)](columns, source, powers);
-}
-
-// Converts up to BLOCK source limbs, into room(count) limbs; it may write zeros into one more, or
-// into as many as a chunk has.
+// Converts up to BLOCK source limbs, with zeros behind them up to whole chunks, into room(count)
+// limbs; it may write zeros into one more, or into as many as a chunk has.
 template <class Way>
 void convert_block(Limb* target, const Limb* source, int count, const Powers<Way>& powers) {
   constexpr int CHUNK = Way::CHUNK;
   constexpr int CHUNK_ROOM = Powers<Way>::CHUNK_ROOM;
   constexpr int BLOCK_ROOM = Way::room(Powers<Way>::BLOCK) + CHUNK_ROOM;
-  if (count <= CHUNK) {
-    sum_chunk(target, source, count, powers);
-    Way::carry(target, CHUNK_ROOM);
-    return;
-  }
+  if constexpr (Way::BY_WORDS) return Way::convert_by_words(target, source, count);
   Limb padded[BLOCK_ROOM + 2 * ROW_PADDING];
   Limb storage[2 + BLOCK_ROOM + 2 * ROW_PADDING];
-  Limb* so_far = padded + ROW_PADDING;
   Limb* columns = storage + 2;
   columns[-2] = columns[-1] = 0;
   std::fill_n(padded, Way::room(count) + CHUNK_ROOM + 2 * ROW_PADDING, 0);
   int i = (count - 1) / CHUNK * CHUNK;
-  sum_chunk(so_far, source + i, count - i, powers);
+  Limb* so_far = i == 0 ? target : padded + ROW_PADDING;
+  sum_chunk(so_far, source + i, powers);
   Way::carry(so_far, CHUNK_ROOM);
   const Limb* factor = powers.step.factor.limb();
   for (int room = CHUNK_ROOM; i > 0;) {
     i -= CHUNK;
-    sum_limbs<Way, CHUNK>(columns, source + i, powers);
+    sum_chunk(columns, source + i, powers);
     const int wide_room = Way::room(count - i) + CHUNK_ROOM - CHUNK;
     std::fill_n(columns + CHUNK_ROOM, wide_room + ROW_PADDING - CHUNK_ROOM, 0);
     add_rows(columns + powers.step.shift, so_far, room, factor);
@@ -243,24 +245,14 @@ void join(Limb* target, const Limb* low, int room, int wide_room, const Power& p
 }
 
 template <class Way>
-void convert(Limbs& target, const Limbs& source) {
+void convert(Limbs& target, Limbs& source) {
   static const Powers<Way> powers;
   constexpr int BLOCK = Powers<Way>::BLOCK;
-  if (source.count() <= BLOCK) {
-    const int room = Way::room(source.count());
-    if (source.count() > Way::CHUNK) {
-      convert_block(target.limb(), source.limb(), source.count(), powers);
-      Way::carry_settled(target.limb(), room);
-    } else if (!source.is_zero()) {
-      sum_chunk(target.limb(), source.limb(), source.count(), powers);
-      Way::carry(target.limb(), room);
-    }
-    target.trim(source.is_zero() ? 0 : room);
-    return;
-  }
-  Limb work[Way::room(BLOCK) << Powers<Way>::LEVELS];
+  static_assert(Way::CHUNK <= ROW_PADDING);
+  source.pad();
+  Limb work[(Way::room(BLOCK) << Powers<Way>::LEVELS) + Powers<Way>::CHUNK_ROOM];
   int room = Way::room(BLOCK);
-  int blocks = (source.count() + BLOCK - 1) / BLOCK;
+  int blocks = std::max((source.count() + BLOCK - 1) / BLOCK, 1);  // one of zeros for zero
   for (int i = 0; i < blocks; ++i) {
     const int count = std::min(BLOCK, source.count() - i * BLOCK);
     Limb* block = work + i * room;
@@ -276,7 +268,7 @@ void convert(Limbs& target, const Limbs& source) {
     }
     room = wide_room;
   }
-  room = std::min(room, MAX_LIMBS);
+  room = std::min(room, Way::room(source.count()));
   std::copy_n(work, room, target.limb());
   Way::carry_settled(target.limb(), room);
   target.trim(room);
@@ -284,8 +276,8 @@ void convert(Limbs& target, const Limbs& source) {
 
 }  // namespace
 
-void to_binary(Lanes& lanes, const Magnitude& decimal) { convert<ToBinary>(lanes, decimal); }
+void to_binary(Lanes& lanes, Magnitude& decimal) { convert<ToBinary>(lanes, decimal); }
 
-void to_decimal(Magnitude& decimal, const Lanes& lanes) { convert<ToDecimal>(decimal, lanes); }
+void to_decimal(Magnitude& decimal, Lanes& lanes) { convert<ToDecimal>(decimal, lanes); }
 
 }  // namespace omrel

@@ -11,9 +11,9 @@ class Lanes : public Limbs {};
 // A lane holds less than a decimal limb, so a number has no more of those than lanes.
 static_assert((Limb{1} << LANE_BITS) < LIMB_BASE);
 
-// Rewrite the number in the other base.
+// Rewrite a number, which is padded, in the other base.
 // Cost: by halves, so that most of the work is a few long products.
-void to_binary(Lanes& lanes, const Magnitude& decimal);
-void to_decimal(Magnitude& decimal, const Lanes& lanes);
+void to_binary(Lanes& lanes, Magnitude& decimal);
+void to_decimal(Magnitude& decimal, Lanes& lanes);
 
 }  // namespace omrel
