@@ -33,9 +33,10 @@ bool is_one_of(const std::string& word, const char* words);
 bool updates(const std::string& word);
 bool takes_one(const std::string& word);
 
-// The callbacks that the library calls.
-inline const Words CALLBACKS{"getVar",     "setVar",    "setVarValue", "freeVarValue",
-                             "getCommand", "setResult", "freeValue"};
+// The callbacks that the library calls, and their places among the 17.
+inline const std::map<std::string, int> CALLBACKS{
+    {"getVar", 0},     {"setVar", 1},    {"setVarValue", 2}, {"freeVarValue", 3},
+    {"getCommand", 6}, {"setResult", 9}, {"freeValue", 11}};
 
 // The result of a call that an exception ended.
 inline const std::string GUARD = "lib omrel_bignum: Unhandled exception in omrel_bignum.dll";
@@ -61,6 +62,9 @@ template <class Function>
   std::fflush(stdout);
   std::_Exit(RETURNED + code);
 }
+
+// Whether the child's function has returned 0 or 1, or the library has ended the process.
+bool is_sound(int status);
 
 struct Outcome {
   int code;
@@ -110,7 +114,7 @@ class RecordingHost {
 
   // Settings, read when a call runs.
   std::set<std::string> commands{"eval", "vars", "subst", "set", "expr"};
-  std::set<std::string> null_callbacks;  // by name: handed over as null; "all": none handed over
+  std::set<std::string> null_callbacks;  // by name: handed over as null
   std::string throwing_callback;         // by name: recorded, then throws
   int set_var_status = 0;                // not 0: setVar refuses
   bool set_var_creates = true;           // false: it does not do what it reports
@@ -123,7 +127,6 @@ class RecordingHost {
  private:
   struct Callbacks;
 
-  void record(const std::string& callback, const std::string& arguments);
   void own_value(HostVar& variable, const char* value);
   void release_value(char* value);
 

