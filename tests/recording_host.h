@@ -9,8 +9,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <list>
 #include <map>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -132,7 +134,7 @@ class RecordingHost {
 
   std::optional<std::string> result;
   Words calls;
-  std::set<char*> outstanding;  // value texts allocated and not yet released
+  std::list<std::string> outstanding;  // value texts not yet released
 };
 
 // What `big` answers to well-formed numbers, by the same command written with GMP: the result of a
@@ -141,5 +143,9 @@ class RecordingHost {
 // numbers, random draws.
 std::optional<std::string> answer_by_gmp(const Words& words, const std::string& variable);
 inline const std::string ENDS = "ends";
+
+// A call that GMP has an answer to, as a rule. Operands run long in 0s and 9s, their lengths lie
+// next to limb boundaries and to the capacity, and one lies next to the other or a multiple of it.
+Words drawn_call(std::mt19937& generator);
 
 }  // namespace omrel::test

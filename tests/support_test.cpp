@@ -94,28 +94,19 @@ TEST_F(Console, ShowsTheLastErrorAndEndsTheProcess) {
   }
 }
 
-// What an operation makes of a copy of the text, with a bar at the address that it returns. The
-// byte behind the room for `room` characters must stay.
-template <class Operation, class... Arguments>
-std::string edited(const std::string& text, std::size_t room, Operation operation,
-                   Arguments... arguments) {
-  std::string buffer = text + std::string(room + 2 - text.size(), '#');
-  buffer[text.size()] = '\0';
-  const auto at = static_cast<std::size_t>(operation(buffer.data(), arguments...) - buffer.data());
-  EXPECT_EQ(buffer[room + 1], '#') << text;
-  return std::string(buffer.c_str()).insert(at, "|");
-}
-
 TEST(Text, IsEditedInPlace) {
   const char unterminated[] = {'1', '2'};  // not a byte behind the first n is read
-  EXPECT_EQ(edited("abc", 3, copy_text_n, "12", 3U), "|12");
-  EXPECT_EQ(edited("", 2, copy_text_n, unterminated, 2U), "|12");
-  EXPECT_EQ(edited("abc", 6, append_text_n, "12345", 3U), "abc123|");
-  EXPECT_EQ(edited("123", 3, remove_leading, 3U, '\0'), "|");
-  EXPECT_EQ(edited("12345", 5, remove_leading, 2U, 'x'), "|345xx");
-  EXPECT_EQ(edited("123", 3, remove_leading, 4U, 'x'), "|123");
-  EXPECT_EQ(edited("00120", 5, strip_leading_char, '0'), "|120");
-  EXPECT_EQ(edited("12", 2, strip_leading_char, '\0'), "|12");
+  char copied[] = "abc", appended[7] = "abc", digits[] = "12345", zeros[] = "00120";
+  EXPECT_STREQ(copy_text_n(copied, "1", 3), "1");
+  EXPECT_STREQ(copy_text_n(copied, unterminated, 2), "12");
+  EXPECT_STREQ(copy_text_n(copied, nullptr, 1), "12");
+  EXPECT_EQ(append_text_n(appended, "12345", 3), appended + 6);
+  EXPECT_STREQ(appended, "abc123");
+  EXPECT_STREQ(remove_leading(digits, 2, 'x'), "345xx");
+  EXPECT_STREQ(remove_leading(digits, 6, 'x'), "345xx");
+  EXPECT_STREQ(remove_leading(digits, 5, '\0'), "");
+  EXPECT_STREQ(strip_leading_char(zeros, '\0'), "00120");
+  EXPECT_STREQ(strip_leading_char(zeros, '0'), "120");
   EXPECT_EQ(char_position("12.5.", '.') * 100 + char_position("\xFE", '\xFE') * 10, 310U);
   EXPECT_EQ(char_position("12", '\0') + char_position("12", '3'), 0U);
   EXPECT_EQ(all_chars_are("\xFE\xFE", '\xFE') * 10 + all_chars_are("001", '0'), 10);
@@ -140,7 +131,6 @@ TEST(Text, GrowsOnTheHeapAndMayBeNull) {
                               string_append(nullptr, "1", 1), string_append_char(nullptr, '1')}) {
     EXPECT_EQ(nothing, text);
   }
-  EXPECT_EQ(edited("abc", 3, copy_text_n, nullptr, 1U), "|abc");
   EXPECT_EQ(char_position(nullptr, '0') + static_cast<unsigned>(all_chars_are(nullptr, '0')), 0U);
 }
 
