@@ -38,12 +38,10 @@ constexpr std::size_t MAX_SEARCHED = 100;
 // The answer that GMP wants of a host without faults.
 std::optional<std::string> wanted(const RecordingHost& host, const Words& words) {
   if (words.size() < 3) return std::nullopt;
-  const std::string& word = words[1];
   if (words[2] == "x" && host.variables.count("x") != 0) {
     return answer_by_gmp(words, host.get("x").value_or(""));
   }
-  if (word == "+=" || word == "-=") return answer_by_gmp(words, "0");  // created
-  return updates(word) && word[1] == '=' ? std::nullopt : answer_by_gmp(words, words[2]);
+  return updates(words[1]) ? std::nullopt : answer_by_gmp(words, words[2]);
 }
 
 // A call either gives the answer or ends the process, and leaves a variable that it does not
