@@ -1,6 +1,7 @@
 // Fuzzes the command `big`, one call per input, on the recording host; GMP judges the answer where
 // it can. An input is a line of words: options, the value of the variable x ("none", "null" or the
-// text), then the call's own, such as "- 41 ++ x". The texts are written as split reads them.
+// text), then the call's own, such as "- 41 ++ x". The texts are written as split reads them. Every
+// other input is the seed of a call drawn for GMP, such as "@123".
 //
 // Options: 'e' lets the host refuse to create variables, 'd' turns the trace on.
 #include <algorithm>
@@ -37,12 +38,10 @@ constexpr std::size_t MAX_SEARCHED = 100;
 // The answer that GMP wants of a host without faults.
 std::optional<std::string> wanted(const RecordingHost& host, const Words& words) {
   if (words.size() < 3) return std::nullopt;
-  const std::string& word = words[1];
   if (words[2] == "x" && host.variables.count("x") != 0) {
     return answer_by_gmp(words, host.get("x").value_or(""));
   }
-  if (word == "+=" || word == "-=") return answer_by_gmp(words, "0");  // created
-  return updates(word) && word[1] == '=' ? std::nullopt : answer_by_gmp(words, words[2]);
+  return updates(words[1]) ? std::nullopt : answer_by_gmp(words, words[2]);
 }
 
 // A call either gives the answer or ends the process, and leaves a variable that it does not
@@ -67,44 +66,14 @@ void check(RecordingHost& host, const Words& words, bool is_faultless) {
   ASSERT_TRUE(is_updated ? after == outcome.result : is_kept) << printable(words);
 }
 
-using Draw = std::mt19937;
-
-// A number of the digits, with a run of them here and there.
-std::string drawn(Draw& draw, const std::string& digits) {
-  std::string text = draw() % 4 == 0 ? "-" : "";
-  for (auto n = 1 + draw() % 40; n > 0; --n) {
-    text += digits[draw() % digits.size()];
-    if (draw() % 24 == 0) text += "^" + std::to_string(draw() % 700) + "_";
-  }
-  return text;
-}
-
-// A call that GMP judges: a word with the operands that it takes, counts among them.
-std::string drawn_call(Draw& draw) {
-#define OMREL_ROW(word, admitted, function) word,
-  static const Words WORDS{OMREL_OPERATORS(OMREL_ROW)};
-  const std::string& word = WORDS[draw() % WORDS.size()];
-  const std::string count = std::to_string(draw() % (draw() % 2 == 0 ? 80 : 1001));
-  std::string first = drawn(draw, word == "bintoint" ? "01" : "0099123456789");
-  if (is_one_of(word, " fact fib pow2 ")) first = count;
-  std::string call = (draw() % 9 == 0 ? "d " : "- ") + first + " " + word + " ";
-  call += updates(word) ? "x" : first;
-  if (takes_one(word)) return call;
-  const bool has_count = is_one_of(word, " ** pow << >> ");
-  call += " " + (has_count ? count : drawn(draw, "0099123456789"));
-  return draw() % 4 == 0 ? call + " " + std::to_string(draw() % 300) : call;
-}
-
 }  // namespace
 }  // namespace omrel::test
 
-// Every other input is such a call.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
                                                std::size_t max_size, unsigned seed) {
-  omrel::test::Draw draw(seed);
-  const std::string call = draw() % 2 == 0 ? "" : omrel::test::drawn_call(draw);
-  if (call.empty() || call.size() > max_size) return LLVMFuzzerMutate(data, size, max_size);
+  const std::string call = "@" + std::to_string(seed / 2);
+  if (seed % 2 == 0 || call.size() > max_size) return LLVMFuzzerMutate(data, size, max_size);
   std::memcpy(data, call.data(), call.size());
   return call.size();
 }
@@ -120,6 +89,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string input(reinterpret_cast<const char*>(data), size);
   input.resize(std::min(input.find('\0'), size));
   Words words = split(input);
+  if (input.starts_with('@')) {
+    std::mt19937 generator(static_cast<unsigned>(std::strtoul(input.c_str() + 1, nullptr, 10)));
+    const Words call = drawn_call(generator);
+    words = {"-", call[2]};
+    words.insert(words.end(), call.begin() + 1, call.end());
+    if (updates(call[1])) words[3] = "x";
+  }
   if (words.size() < 2 || words.size() > 9) return -1;
   const std::string options = words[0], value = words[1];
   words.erase(words.begin());

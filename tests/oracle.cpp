@@ -1,10 +1,13 @@
-#include "tests/recording_host.h"
+// Calls that GMP judges: how they are drawn, and its answers.
+#include <gmpxx.h>
 
 #include <algorithm>
 
 #include "bench/gmp_commands.h"
 #include "bench/host.h"
 #include "bignum/digit_text.h"
+#include "commands/operator_table.h"
+#include "tests/recording_host.h"
 
 namespace omrel::test {
 namespace {
@@ -55,7 +58,64 @@ std::string computed(const std::string& word, const Words& numbers, std::size_t 
   return is_short || is_one_of(word, " inttobin fdiv mean ") ? host.result : ENDS;
 }
 
+using Integer = mpz_class;
+
+int digits(const Integer& n) { return static_cast<int>(Integer(abs(n)).get_str().size()); }
+
+struct Drawing {
+  int below(int n) { return static_cast<int>(generator() % static_cast<unsigned>(n)); }
+
+  // A number of at most `limit` digits: runs of digits, or a neighbour of a power of two.
+  Integer natural(int limit) {
+    const int boundary = 8 * below(limit / 8 + 1) + below(3);
+    const int lengths[] = {below(20), boundary, limit - below(3), below(limit + 1)};
+    const int length = std::clamp(lengths[below(4)], 1, limit);
+    if (below(8) == 0) return (Integer(1) << (below(3 * length) + 1)) + (below(3) - 1);
+    std::string text;
+    while (static_cast<int>(text.size()) < length) {
+      text.append(static_cast<unsigned>(1 + below(2) * below(30)), "0099123456789"[below(13)]);
+    }
+    return Integer(text.substr(0, static_cast<unsigned>(length)), 10);
+  }
+  Integer integer(int limit) { return natural(std::max(limit, 1)) * (1 - 2 * below(2)); }
+
+  std::mt19937& generator;
+};
+
 }  // namespace
+
+Words drawn_call(std::mt19937& generator) {
+#define OMREL_ROW(word, admitted, function) word,
+  static const Words WORDS{OMREL_OPERATORS(OMREL_ROW)};
+  Drawing draw{generator};
+  const std::string& word = WORDS[generator() % WORDS.size()];
+  const int limit = draw.below(2) == 0 ? MAX_DIGITS - 2 : 20, near = draw.below(3) - 1;
+  const int bits = draw.below(draw.below(2) == 0 ? 70 : 3 * limit / 2);
+  Integer a = draw.integer(limit), b = draw.below(2) == 0 ? draw.integer(limit) : a + near;
+  if (is_one_of(word, " / /= % fmod fdiv ")) {
+    b = draw.integer(1 + draw.below(limit));
+    if (b == 0) b = 7;
+    if (draw.below(2) == 0) a = b * draw.integer(limit - digits(b)) + near;
+  } else if (is_one_of(word, " * *= ")) {
+    b = draw.integer(limit == 20 ? limit : limit + 2 - digits(a));
+    if (draw.below(4) == 0) a = b = draw.integer(limit / 2);
+  } else if (is_one_of(word, " & | ^ &= |= ^= << >> ")) {
+    a = draw.integer(limit / 2);
+    b = word == "<<" || word == ">>" ? Integer(bits) : draw.integer(limit / 2);
+  } else if (is_one_of(word, " ** pow ")) {
+    a = draw.integer(1 + draw.below(limit));
+    b = draw.below(MAX_DIGITS / digits(a) + 1);
+  } else if (is_one_of(word, " fact fib pow2 ")) {
+    a = draw.below(word == "fact" ? 1001 : 3 * limit);
+  } else if (is_one_of(word, " sqrt inttobin bintoint ")) {
+    a = draw.natural(limit / 2);
+    if (word == "sqrt") a = a * a + (a > 0 ? near : 0);
+  }
+  Words call{"big", word, a.get_str(word == "bintoint" ? 2 : 10)};
+  if (!takes_one(word)) call.push_back(b.get_str());
+  if (!takes_one(word) && draw.below(3) == 0) call.push_back(std::to_string(bits + 9));
+  return call;
+}
 
 std::optional<std::string> answer_by_gmp(const Words& words, const std::string& variable) {
   if (words.size() < 3 || (words.size() == 3) != takes_one(words[1])) return std::nullopt;

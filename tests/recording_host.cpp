@@ -65,9 +65,9 @@ const int exit_guard = [] {
 // The text with the number behind each "line " replaced by '#', since it is our source's.
 std::string without_line_numbers(std::string text) {
   for (std::size_t at = 0; (at = text.find("line ", at)) != std::string::npos;) {
-    at += std::string("line ").size();
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
-    if (end != at) text.replace(at, end - at, "#");
+    at += std::strlen("line ");
+    const std::size_t digit_count = std::strspn(text.c_str() + at, "0123456789");
+    if (digit_count > 0) text.replace(at, digit_count, "#");
   }
   return text;
 }
@@ -83,6 +83,11 @@ void soil_buffers() {
   for (std::size_t i = 0; i < free_buffers.count; ++i) {
     std::fill_n(free_buffers.kept[i], BUFFER_BYTES, '\xF5');
   }
+}
+
+bool is_sound(int status) {
+  const auto is = [status](int code) { return ::testing::ExitedWithCode(code)(status); };
+  return is(0) || is(RETURNED) || is(RETURNED + 1);
 }
 
 std::string ended(const Outcome& outcome) {
@@ -126,73 +131,63 @@ bool takes_one(const std::string& word) {
 
 // The functions that the library calls.
 struct RecordingHost::Callbacks {
-  static RecordingHost& host_of(void* interp) {
+  static RecordingHost& record(void* interp, const std::string& callback,
+                               const std::string& arguments) {
     EXPECT_EQ(interp, current) << "a callback got another interpreter";
+    current->calls.push_back(callback + " " + arguments);
+    if (current->throwing_callback == callback) throw std::runtime_error("thrown by the host");
     return *current;
   }
   static HostVar* getVar(void* interp, const char* name, int minus_one) {
-    RecordingHost& self = host_of(interp);
-    self.record("getVar", shown(name) + " " + std::to_string(minus_one));
+    const std::string arguments = shown(name) + " " + std::to_string(minus_one);
+    RecordingHost& self = record(interp, "getVar", arguments);
     const auto found = self.variables.find(shown(name));
     return found == self.variables.end() ? nullptr : &found->second;
   }
   static int setVar(void* interp, const char* name, const char* value, int minus_one) {
-    RecordingHost& self = host_of(interp);
-    self.record("setVar", shown(name) + " " + shown(value) + " " + std::to_string(minus_one));
+    const std::string arguments = shown(name) + " " + shown(value) + " ";
+    RecordingHost& self = record(interp, "setVar", arguments + std::to_string(minus_one));
     if (self.set_var_status == 0 && self.set_var_creates) self.set(shown(name), shown(value));
     return self.set_var_status;
   }
   static void setVarValue(HostVar* var, const char* value, int zero) {
-    const std::string over = var->value == nullptr ? " over null" : "", text = shown(value);
-    const std::string name = static_cast<Variable*>(var)->name;
-    current->record("setVarValue", name + " " + text + " " + std::to_string(zero) + over);
+    const std::string over = var->value == nullptr ? " over null" : "",
+                      arguments = static_cast<Variable*>(var)->name + " " + shown(value) + " ";
+    record(current, "setVarValue", arguments + std::to_string(zero) + over);
     current->own_value(*var, value);
   }
   static void freeVarValue(HostVar* var) {
-    current->record("freeVarValue", static_cast<Variable*>(var)->name);
-    current->release_value(var->value);
+    record(current, "freeVarValue", static_cast<Variable*>(var)->name).release_value(var->value);
     var->value = released;
   }
   static HostCommand* getCommand(void* interp, const char* name) {
-    RecordingHost& self = host_of(interp);
-    self.record("getCommand", shown(name));
+    const RecordingHost& self = record(interp, "getCommand", shown(name));
     return self.commands.count(shown(name)) != 0 ? static_cast<HostCommand*>(interp) : nullptr;
   }
   static void setResult(void* interp, const char* text, int zero) {
-    RecordingHost& self = host_of(interp);
-    self.record("setResult", shown(text) + " " + std::to_string(zero));
-    self.result = shown(text);
+    record(interp, "setResult", shown(text) + " " + std::to_string(zero)).result = shown(text);
   }
   static void freeValue(char* value) {
-    current->record("freeValue", shown(value));
-    current->release_value(value);
+    record(current, "freeValue", shown(value)).release_value(value);
   }
   template <int>
   static void unused() {
     ADD_FAILURE() << "an unused callback was called";
   }
 
-  // Hands them over but for those that the host lacks; each is kept in its place.
+  // Hands them over, each to be kept in its place, and takes away those that the host lacks.
   static void hand_over(const RecordingHost& self) {
-    const auto is_null = [&lacking = self.null_callbacks](const std::string& name) {
-      return lacking.count("all") + lacking.count(name) != 0;
-    };
-    const auto unless_null = [is_null](const char* name, auto callback) {
-      return is_null(name) ? nullptr : callback;
-    };
-    const OmrelUnused idle[] = {unused<0>, unused<1>, unused<2>, unused<3>, unused<4>,
-                                unused<5>, unused<6>, unused<7>, unused<8>, unused<9>};
-    const int count = _export_common_routines(
-        unless_null("getVar", &getVar), unless_null("setVar", &setVar),
-        unless_null("setVarValue", &setVarValue), unless_null("freeVarValue", &freeVarValue),
-        idle[0], idle[1], unless_null("getCommand", &getCommand), idle[2], idle[3],
-        unless_null("setResult", &setResult), idle[4], unless_null("freeValue", &freeValue),
-        idle[5], idle[6], idle[7], idle[8], idle[9]);
-    EXPECT_EQ(17 - count, std::count_if(CALLBACKS.begin(), CALLBACKS.end(), is_null));
-    const OmrelUnused kept[] = {host.unused4,  host.unused5,  host.unused7,  host.unused8,
-                                host.unused10, host.unused12, host.unused13, host.unused14,
-                                host.unused15, host.unused16};
-    EXPECT_TRUE(std::equal(std::begin(kept), std::end(kept), idle));
+    const auto all =
+        std::make_tuple(getVar, setVar, setVarValue, freeVarValue, unused<4>, unused<5>, getCommand,
+                        unused<7>, unused<8>, setResult, unused<10>, freeValue, unused<12>,
+                        unused<13>, unused<14>, unused<15>, unused<16>);
+    EXPECT_EQ(std::apply(_export_common_routines, all), 17);
+    const auto table = std::apply([](auto... one) { return HostCallbackTable{one...}; }, all);
+    EXPECT_EQ(std::memcmp(&host, &table, sizeof host), 0) << "a callback is not in its place";
+    for (const std::string& name : self.null_callbacks) {
+      std::memset(reinterpret_cast<OmrelUnused*>(&host) + CALLBACKS.at(name), 0,
+                  sizeof(OmrelUnused));
+    }
   }
 };
 
@@ -204,10 +199,7 @@ RecordingHost::RecordingHost() {
   host_linked = true;
 }
 
-RecordingHost::~RecordingHost() {
-  host = {};
-  for (char* value : outstanding) std::free(value);
-}
+RecordingHost::~RecordingHost() { host = {}; }
 
 void RecordingHost::set(const std::string& name, const std::optional<std::string>& value) {
   Variable& variable = variables[name];
@@ -246,28 +238,22 @@ Outcome RecordingHost::call(const Words& words) {
   Callbacks::hand_over(*this);
   const int code = command(this, static_cast<int>(words.size()), argv.data(), nullptr);
   // A text overwritten or dropped without its release, by a host that releases, is one too many.
-  std::size_t held = 0;
-  for (const auto& [name, variable] : variables) held += outstanding.count(variable.value);
-  const bool keeps = std::any_of(null_callbacks.begin(), null_callbacks.end(),
-                                 [](const auto& name) { return name[0] == 'f' || name == "all"; });
-  EXPECT_TRUE(keeps || outstanding.size() == held) << "not released by " << printable(words);
+  const auto held = std::count_if(variables.begin(), variables.end(), [](const auto& variable) {
+    return variable.second.value != nullptr && variable.second.value != released;
+  });
+  const bool keeps = null_callbacks.count("freeValue") + null_callbacks.count("freeVarValue") > 0;
+  EXPECT_TRUE(keeps || std::ssize(outstanding) == held) << "not released by " << printable(words);
   return {code, result, {}, calls};
 }
 
-void RecordingHost::record(const std::string& callback, const std::string& arguments) {
-  calls.push_back(callback + " " + arguments);
-  if (throwing_callback == callback) throw std::runtime_error("thrown by the host");
-}
-
 void RecordingHost::own_value(HostVar& variable, const char* value) {
-  variable.value = value == nullptr ? nullptr : ::strdup(value);
-  if (value != nullptr) outstanding.insert(variable.value);
+  variable.value = value == nullptr ? nullptr : outstanding.emplace_back(value).data();
 }
 
 void RecordingHost::release_value(char* value) {
   if (value == nullptr || value == released) return;
-  EXPECT_EQ(outstanding.erase(value), 1U) << "a text released that is not the host's";
-  std::free(value);
+  const auto is_value = [value](const std::string& text) { return text.data() == value; };
+  EXPECT_EQ(outstanding.remove_if(is_value), 1U) << "a text released that is not the host's";
 }
 
 }  // namespace omrel::test

@@ -9,8 +9,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <list>
 #include <map>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -33,9 +35,10 @@ bool is_one_of(const std::string& word, const char* words);
 bool updates(const std::string& word);
 bool takes_one(const std::string& word);
 
-// The callbacks that the library calls.
-inline const Words CALLBACKS{"getVar",     "setVar",    "setVarValue", "freeVarValue",
-                             "getCommand", "setResult", "freeValue"};
+// The callbacks that the library calls, and their places among the 17.
+inline const std::map<std::string, int> CALLBACKS{
+    {"getVar", 0},     {"setVar", 1},    {"setVarValue", 2}, {"freeVarValue", 3},
+    {"getCommand", 6}, {"setResult", 9}, {"freeValue", 11}};
 
 // The result of a call that an exception ended.
 inline const std::string GUARD = "lib omrel_bignum: Unhandled exception in omrel_bignum.dll";
@@ -61,6 +64,9 @@ template <class Function>
   std::fflush(stdout);
   std::_Exit(RETURNED + code);
 }
+
+// Whether the child's function has returned 0 or 1, or the library has ended the process.
+bool is_sound(int status);
 
 struct Outcome {
   int code;
@@ -110,7 +116,7 @@ class RecordingHost {
 
   // Settings, read when a call runs.
   std::set<std::string> commands{"eval", "vars", "subst", "set", "expr"};
-  std::set<std::string> null_callbacks;  // by name: handed over as null; "all": none handed over
+  std::set<std::string> null_callbacks;  // by name: handed over as null
   std::string throwing_callback;         // by name: recorded, then throws
   int set_var_status = 0;                // not 0: setVar refuses
   bool set_var_creates = true;           // false: it does not do what it reports
@@ -123,13 +129,12 @@ class RecordingHost {
  private:
   struct Callbacks;
 
-  void record(const std::string& callback, const std::string& arguments);
   void own_value(HostVar& variable, const char* value);
   void release_value(char* value);
 
   std::optional<std::string> result;
   Words calls;
-  std::set<char*> outstanding;  // value texts allocated and not yet released
+  std::list<std::string> outstanding;  // value texts not yet released
 };
 
 // What `big` answers to well-formed numbers, by the same command written with GMP: the result of a
@@ -138,5 +143,9 @@ class RecordingHost {
 // numbers, random draws.
 std::optional<std::string> answer_by_gmp(const Words& words, const std::string& variable);
 inline const std::string ENDS = "ends";
+
+// A call that GMP has an answer to, as a rule. Operands run long in 0s and 9s, their lengths lie
+// next to limb boundaries and to the capacity, and one lies next to the other or a multiple of it.
+Words drawn_call(std::mt19937& generator);
 
 }  // namespace omrel::test

@@ -1,6 +1,21 @@
-// A host written in C++, with a C++ runtime of its own, whose callbacks throw into the library.
+// A host in C++. On Windows it is abi_test.c's with a C++ runtime shared with others, as MinGW's
+// compilers link one unless told otherwise: it throws and catches beside the library, before and
+// after. Elsewhere it has a runtime of its own, and its callbacks throw into the library.
 #include "plugin/omrel_plugin.h"
 
+#ifdef _WIN32
+#include <cstdlib>
+#include <stdexcept>
+
+static void throw_and_catch() {
+  try {
+    throw std::runtime_error("the host's own");
+  } catch (const std::exception&) {
+    return;
+  }
+}
+[[maybe_unused]] static const int registered = (throw_and_catch(), std::atexit(throw_and_catch));
+#else
 #include <dlfcn.h>
 
 #include <initializer_list>
@@ -25,3 +40,4 @@ int main() {
   }
   return 0;
 }
+#endif
