@@ -105,6 +105,13 @@ TEST(Extremes, LongestPowersEveryFactorialAndFibonacciNumber) {
     const auto bits = static_cast<unsigned>(mpz_sizeinbase(nines.get_mpz_t(), 2));
     for (const unsigned by : {bits - 1, bits}) check_each(">>", nines, std::to_string(by));
     for (const int step : {-1, 0}) check_each("inttobin bintoint ~", power(2, n) + step);
+    const mpz_class root = power(2, n) - 1;
+    for (const int step : {-1, 0, 1}) check_each("sqrt", root * root + step);
+  }
+  // Where a conversion takes another way, and where its blocks meet.
+  for (const unsigned n : {504U, 505U, 1600U, 1601U}) check_each("inttobin ~", power(10, n) - 1);
+  for (const unsigned n : {1664U, 3840U, 5616U, 11232U, 14080U, 16848U}) {
+    for (const int step : {-1, 0, 1}) check_each("inttobin bintoint ~", power(2, n) + step);
   }
   for (int n = 1; n <= 30000; ++n) {
     if (n <= 1000) check_each("fact", n);
