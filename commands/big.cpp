@@ -2,7 +2,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
@@ -15,6 +14,8 @@ namespace {
 
 // Numbers of texts that admit a word.
 struct Admitted {
+  bool admits(int count) const { return least <= count && count <= most; }
+
   int least;
   int most;
 };
@@ -50,31 +51,25 @@ constexpr std::uint64_t key_of(const char* word) {
 class Index {
  public:
   constexpr Index() {
-    for (std::size_t row = 0; row < std::size(OPERATORS); ++row) {
-      const std::uint64_t key = key_of(OPERATORS[row].word);
+    for (const Operator& row : OPERATORS) {
+      const std::uint64_t key = key_of(row.word);
       if (key == 0) throw "an operator word has one to eight letters";
-      std::size_t i = hash(key);
-      for (; slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
-        if (slots[i].key == key) throw "an operator word has one row";
-      }
-      slots[i] = {key, &OPERATORS[row]};
+      Slot& slot = slots[slot_of(key)];
+      if (slot.key == key) throw "an operator word has one row";
+      slot = {key, &row};
     }
   }
 
-  const Operator* find(const char* word) const {
-    const std::uint64_t key = key_of(word);
-    if (key == 0) return nullptr;
-    for (std::size_t i = hash(key); slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
-      if (slots[i].key == key) return slots[i].row;
-    }
-    return nullptr;
-  }
+  const Operator* find(const char* word) const { return slots[slot_of(key_of(word))].row; }
 
  private:
   static constexpr std::size_t SLOT_COUNT = 256;
 
-  static constexpr std::size_t hash(std::uint64_t key) {
-    return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
+  // The slot with that key; else, as for 0, an empty one.
+  constexpr std::size_t slot_of(std::uint64_t key) const {
+    auto i = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
+    while (slots[i].key != key && slots[i].key != 0) i = (i + 1) % SLOT_COUNT;
+    return i;
   }
 
   struct Slot {
@@ -86,20 +81,14 @@ class Index {
 
 constexpr Index INDEX;
 
-const Operator* find_operator(const char* word, int count) {
-  const Operator* op = INDEX.find(word);
-  const bool admitted = op != nullptr && op->admitted.least <= count && count <= op->admitted.most;
-  return admitted ? op : nullptr;
-}
-
 int print_syntax(const Call& call, const char* word) {
   std::printf("%s %s: Syntax is: %s <operator> value ?value?\n", call.name(), word, call.name());
   return 1;
 }
 
 int run(const Call& call) {
-  const Operator* op = find_operator(call.word(), call.count);
-  if (op != nullptr) return op->function(call);
+  const Operator* op = INDEX.find(call.word());
+  if (op != nullptr && op->admitted.admits(call.count)) return op->function(call);
   if (call.count >= 5) report_exception(call.name(), "Command undefined");
   if (call.count == 3) return print_syntax(call, call.word());
   std::printf("%s: %s not implemented\n", call.name(), call.word());
