@@ -17,10 +17,6 @@ bool equal_ignoring_case(const char* x, const char* y) {
   return lower(*x) == lower(*y);
 }
 
-bool has_option(const Call& call, const char* option) {
-  return call.count == 4 && equal_ignoring_case(call.text(3), option);
-}
-
 // Console attributes of the digits 0 to 9; see the colours of the console.
 constexpr std::uint16_t DIGIT_COLOUR[10] = {0, 4, 12, 6, 14, 10, 9, 13, 8, 15};
 
@@ -50,7 +46,7 @@ int op_to_binary(const Call& call) {
                 call.text(2));
     return 1;
   }
-  const bool is_prefixed = !has_option(call, "-noprefix");
+  const bool is_prefixed = !equal_ignoring_case(call.text(3), "-noprefix");
   const bignum x = operand(call, 2);
   if (x.has_binary_form()) return hand_over(call, AnswerText(BinaryText(x, is_prefixed)), "", 0);
   set_result(call.interp, "");
@@ -59,7 +55,7 @@ int op_to_binary(const Call& call) {
 
 int op_graph(const Call& call) {
   mark_line();
-  const std::int32_t width = call.count == 4 ? parse_count(call.text(3)) : 0;
+  const std::int32_t width = parse_count(call.text(3));
   const Canvas canvas;
   std::int32_t column = 0;
   for (const char* c = call.text(2); *c != '\0'; ++c) {
@@ -70,7 +66,7 @@ int op_graph(const Call& call) {
     }
   }
   console_reset_colour();
-  if (!has_option(call, "-nonewline")) std::printf("\r\n");
+  if (!equal_ignoring_case(call.text(3), "-nonewline")) std::printf("\r\n");
   return 0;
 }
 

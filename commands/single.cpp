@@ -27,21 +27,12 @@ int step(const Call& call, bool up) {
   HostVar* var = get_var(call.interp, call.text(2));
   const char* source = var != nullptr ? var->value : call.text(2);
   bignum result(source, 0);
-  if (source == nullptr) {
-    result = bignum(0);
-  } else if (!result.step_lowest(up)) {
+  if (source != nullptr && !result.step_lowest(up)) {
     result = up ? result.increment() : result.decrement();
   }
   const AnswerText text{DecimalText(result)};
-  const bool made = text.get() != nullptr;
-  const char* shown = made ? text.get() : "0";
-  if (var != nullptr) replace_value(var, shown);
-  set_result(call.interp, shown);
-  return made ? 0 : 1;
-}
-
-bool begins_with_prefix(const char* text) {
-  return text[0] == '0' && (text[1] == 'b' || text[1] == 'B');
+  if (var != nullptr) replace_value(var, text.get() != nullptr ? text.get() : "0");
+  return hand_over(call, text, "0", 1);
 }
 
 }  // namespace
@@ -111,9 +102,7 @@ int op_square_root(const Call& call) {
 
 int op_from_binary(const Call& call) {
   mark_line();
-  const char* digits = call.text(2);
-  if (begins_with_prefix(digits)) digits += 2;
-  return answer(call, bignum::bintoint(digits));
+  return answer(call, bignum::bintoint(call.text(2)));
 }
 
 int op_complement(const Call& call) {
