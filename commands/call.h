@@ -48,8 +48,9 @@ class AnswerText {
   char* const text;
 };
 
-// The i-th text, which the call has, as a number; see bignum's constructor from text.
-bignum operand(const Call& call, int i);
+// The i-th text, which the call has, as a number; see bignum's constructor from text. Marks the
+// line of the caller, so a word that begins with an operand need not.
+bignum operand(const Call& call, int i, std::int32_t line = __builtin_LINE());
 
 // Reads a count as 32 bits wide atol does: white space, one sign, digits; the value wraps.
 std::int32_t parse_count(const char* text);
@@ -62,10 +63,9 @@ int refuse(const Call& call, const char* message, std::int32_t line = __builtin_
 // is the result and the code is returned.
 int hand_over(const Call& call, const AnswerText& answer, const char* fallback, int fallback_code);
 
-// The same for a value in decimal; the second one with the fallback of the two-operand words: "0",
-// an error.
-int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code);
-int hand_over(const Call& call, const bignum& answer);
+// The same for a value in decimal. The two-operand words fall back to "0", an error.
+int hand_over(const Call& call, const bignum& answer, const char* fallback = "0",
+              int fallback_code = 1);
 
 // Makes "1" or "0" the result and returns 0.
 int hand_over_truth(const Call& call, bool truth);

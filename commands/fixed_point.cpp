@@ -60,7 +60,6 @@ int divide(const Call& call, bignum& a, bignum& b) {
 }  // namespace
 
 int op_fixed_divide(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   bignum b = operand(call, 3);
   return divide(call, a, b);
@@ -82,7 +81,6 @@ int op_mean(const Call& call) {
 }
 
 int op_fixed_remainder(const Call& call) {
-  mark_line();
   return hand_over(call, operand(call, 2).remainder(operand(call, 3)), "", 0);
 }
 

@@ -48,35 +48,26 @@ int op_decrement(const Call& call) {
 }
 
 int op_halve(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.halve();
   return answer(call, a);
 }
 
-int op_power_of_two(const Call& call) {
-  mark_line();
-  return answer(call, bignum::pow2(operand(call, 2)));
-}
+int op_power_of_two(const Call& call) { return answer(call, bignum::pow2(operand(call, 2))); }
 
 int op_drop_digit(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.drop_digit();
   return answer(call, a);
 }
 
 int op_abs(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.set_sign(0);
   return answer(call, a);
 }
 
-int op_is_even(const Call& call) {
-  mark_line();
-  return hand_over_truth(call, operand(call, 2).is_even());
-}
+int op_is_even(const Call& call) { return hand_over_truth(call, operand(call, 2).is_even()); }
 
 int op_fibonacci(const Call& call) {
   mark_line();
@@ -95,25 +86,16 @@ int op_factorial(const Call& call) {
   return answer(call, bignum::fact(n));
 }
 
-int op_square_root(const Call& call) {
-  mark_line();
-  return answer(call, bignum::sqrt(operand(call, 2)));
-}
+int op_square_root(const Call& call) { return answer(call, bignum::sqrt(operand(call, 2))); }
 
 int op_from_binary(const Call& call) {
   mark_line();
   return answer(call, bignum::bintoint(call.text(2)));
 }
 
-int op_complement(const Call& call) {
-  mark_line();
-  return answer(call, ~operand(call, 2));
-}
+int op_complement(const Call& call) { return answer(call, ~operand(call, 2)); }
 
-int op_not(const Call& call) {
-  mark_line();
-  return hand_over_truth(call, operand(call, 2).equals_digit('0'));
-}
+int op_not(const Call& call) { return hand_over_truth(call, operand(call, 2).equals_digit('0')); }
 
 int op_debug(const Call& call) {
   mark_line();
