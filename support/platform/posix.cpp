@@ -32,17 +32,14 @@ bool write_all(int descriptor, const char* bytes, std::size_t byte_count) {
   return true;
 }
 
-// A console colour has red in bit 2 and blue in bit 0, a terminal colour the other way round.
-unsigned terminal_colour(unsigned colour) {
-  return (colour & 1U) << 2U | (colour & 2U) | (colour & 4U) >> 2U;
-}
-
 // Grey on black is the terminal's own look, and its background stays, but for black on black, which
 // must be invisible on a light terminal too. The bright half of the colours stands 60 higher.
 std::string colour_sequence(std::uint16_t attribute) {
   if (attribute == 7) return "\033[0m";
-  const unsigned colour = ((attribute & 8U) != 0 ? 90U : 30U) + terminal_colour(attribute);
-  return "\033[0;" + std::to_string(colour) + (attribute == 0 ? ";40m" : "m");
+  // A console colour has red in bit 2 and blue in bit 0, a terminal colour the other way round.
+  const unsigned colour = (attribute & 1U) << 2U | (attribute & 2U) | (attribute & 4U) >> 2U;
+  const unsigned black = (attribute & 8U) != 0 ? 90 : 30;
+  return "\033[0;" + std::to_string(black + colour) + (attribute == 0 ? ";40m" : "m");
 }
 
 // The locale that governs characters: the first of the three that is set and not empty.
