@@ -51,28 +51,4 @@ int report_exception(const char* location, const char* message) {
   return 1;
 }
 
-HostVar* get_var(void* interp, const char* name) {
-  return host.getVar == nullptr ? nullptr : host.getVar(interp, name, -1);
-}
-
-int set_var(void* interp, const char* name, const char* value) {
-  return host.setVar == nullptr ? 1 : host.setVar(interp, name, value, -1);
-}
-
-void set_var_value(HostVar* var, const char* value) {
-  if (host.setVarValue != nullptr) host.setVarValue(var, value, 0);
-}
-
-void free_var_value(HostVar* var) {
-  if (host.freeVarValue != nullptr) host.freeVarValue(var);
-}
-
-void set_result(void* interp, const char* text) {
-  if (host.setResult != nullptr) host.setResult(interp, text, 0);
-}
-
-void free_value(char* value) {
-  if (host.freeValue != nullptr) host.freeValue(value);
-}
-
 }  // namespace omrel
