@@ -95,7 +95,14 @@ int run(const Call& call) {
   return 1;
 }
 
-int run_guarded(const Call& call) {
+int big(const Call& call) {
+  mark_line();
+  if (omrel_init(call.interp) != 0) return 1;
+  if (call.count < 3) {
+    print_syntax(call, "");
+    set_result(call.interp, "");
+    return 1;
+  }
   try {
     return run(call);
   } catch (...) {
@@ -105,17 +112,6 @@ int run_guarded(const Call& call) {
     set_result(call.interp, "lib omrel_bignum: Unhandled exception in omrel_bignum.dll");
     return 1;
   }
-}
-
-int big(const Call& call) {
-  mark_line();
-  if (omrel_init(call.interp) != 0) return 1;
-  if (call.count < 3) {
-    print_syntax(call, "");
-    set_result(call.interp, "");
-    return 1;
-  }
-  return run_guarded(call);
 }
 
 }  // namespace

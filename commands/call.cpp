@@ -4,13 +4,6 @@
 #include "support/line_marker.h"
 
 namespace omrel {
-namespace {
-
-bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-}  // namespace
-
-const char* Call::text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
 
 bignum operand(const Call& call, int i, std::int32_t line) {
   mark_line(line);
@@ -18,7 +11,7 @@ bignum operand(const Call& call, int i, std::int32_t line) {
 }
 
 std::int32_t parse_count(const char* text) {
-  while (is_space(*text)) ++text;
+  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
   const bool negative = *text == '-';
   if (*text == '-' || *text == '+') ++text;
   std::uint32_t value = 0;  // modulo 2^32

@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include "bignum/text_form.h"
-#include "support/text.h"
 
 namespace omrel {
 
@@ -16,7 +15,7 @@ struct Call {
   int count;
   const char* const* texts;
 
-  const char* text(int i) const;
+  const char* text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
   const char* name() const { return text(0); }
   const char* word() const { return text(1); }
 };
@@ -26,8 +25,13 @@ struct Call {
 class AnswerText {
  public:
   template <class Form>
-  explicit AnswerText(const Form& form)
-      : text(form.room() > sizeof stack_text ? heap_text(form) : written(form)) {}
+  explicit AnswerText(const Form& form) {
+    if (form.room() > sizeof stack_text) {
+      text = heap_text(form);
+    } else {
+      form.write(stack_text);
+    }
+  }
   ~AnswerText() {
     if (text != stack_text) std::free(text);
   }
@@ -38,14 +42,8 @@ class AnswerText {
   const char* get() const { return text; }
 
  private:
-  template <class Form>
-  char* written(const Form& form) {
-    form.write(stack_text);
-    return stack_text;
-  }
-
   char stack_text[320];
-  char* const text;
+  char* text = stack_text;
 };
 
 // The i-th text, which the call has, as a number; see bignum's constructor from text. Marks the

@@ -23,7 +23,8 @@ void replace_value(HostVar* var, const char* text) {
 
 // "++" and "--": the operand names a variable, or is a number when there is no such variable. A
 // variable without a value becomes 0.
-int step(const Call& call, bool up) {
+int step(const Call& call, bool up, std::int32_t line = __builtin_LINE()) {
+  mark_line(line);
   HostVar* var = get_var(call.interp, call.text(2));
   const char* source = var != nullptr ? var->value : call.text(2);
   bignum result(source, 0);
@@ -37,15 +38,9 @@ int step(const Call& call, bool up) {
 
 }  // namespace
 
-int op_increment(const Call& call) {
-  mark_line();
-  return step(call, true);
-}
+int op_increment(const Call& call) { return step(call, true); }
 
-int op_decrement(const Call& call) {
-  mark_line();
-  return step(call, false);
-}
+int op_decrement(const Call& call) { return step(call, false); }
 
 int op_halve(const Call& call) {
   bignum a = operand(call, 2);
