@@ -15,7 +15,6 @@ namespace {
 
 constexpr int MAX_FORMATTED = 10204;        // characters of one console_printf
 constexpr std::size_t MAX_WRITTEN = 52224;  // bytes of one write
-constexpr std::size_t MAX_BOX_CHARACTERS = 256;
 
 // Whether there is a console to write to, after opening one if need be; tells the user if not.
 bool have_console() {
@@ -47,8 +46,6 @@ platform::Handle console_open(bool force) {
 void console_set_colour(std::uint16_t attribute) {
   platform::set_text_attribute(handle_in_use(), attribute);
 }
-
-void console_reset_colour() { console_set_colour(NORMAL_COLOUR); }
 
 bool console_has_colours() { return platform::has_colours(handle_in_use()); }
 
@@ -82,7 +79,7 @@ void show_last_error(const char* text, bool in_message_box) {
   const std::uint32_t code = platform::last_error();
   std::string error = platform::error_text(code);
   if (in_message_box) {
-    char message[MAX_BOX_CHARACTERS + 1] = "";
+    char message[257] = "";
     std::snprintf(message, sizeof message, "%s: (GetLastError: %lu)", text,
                   static_cast<unsigned long>(code));
     platform::message_box(message, error.c_str());

@@ -1,7 +1,6 @@
 #include "support/text.h"
 
 #include <cstring>
-#include <utility>
 
 namespace omrel {
 namespace {
@@ -80,16 +79,10 @@ char* string_append(char** holder, const char* text, std::ptrdiff_t n) {
   return grown;
 }
 
-char* string_append_char(char** holder, char character) {
-  return string_append(holder, &character, 1);
-}
-
 void free_and_null(char** holder) {
   if (holder == nullptr) return;
   std::free(*holder);
   *holder = nullptr;
 }
-
-void swap_words(std::int32_t& x, std::int32_t& y) { std::swap(x, y); }
 
 }  // namespace omrel
