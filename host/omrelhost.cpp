@@ -260,9 +260,6 @@ class Call {
     home_.call = outer_;
   }
 
-  Call(const Call&) = delete;
-  Call& operator=(const Call&) = delete;
-
   const char* const* texts() const { return texts_.get(); }
 
   // The record of a readable scalar variable, or null. Where there is simply no such variable (or
@@ -427,8 +424,7 @@ struct Exports {
   std::vector<OmrelCommand> run;  // the commands' functions
 };
 
-// Finds all of them, so that a library is taken whole or not at all. Leaves Tcl's message where a
-// function is missing.
+// Finds all of them, for a library is taken whole or not at all; leaves Tcl's message otherwise.
 bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) {
   const auto find = [&]<class Function>(const char* name, Function& function) {
     function = reinterpret_cast<Function>(Tcl_FindSymbol(interp, library, name));
@@ -446,11 +442,7 @@ bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) 
                      [&](OmrelCommand& function) { return find(*name++, function); });
 }
 
-void put(Tcl_Obj* dict, const char* key, Tcl_Obj* value) {
-  Tcl_DictObjPut(nullptr, dict, new_text(key), value);
-}
-
-// Creates the library's commands; returns its description.
+// Creates the library's commands; returns its description, a dictionary.
 Tcl_Obj* create_commands(Home* home, const Exports& exports) {
   Tcl_Obj* names = Tcl_NewListObj(0, nullptr);
   for (std::size_t k = 0; k < exports.run.size(); ++k) {
@@ -459,12 +451,11 @@ Tcl_Obj* create_commands(Home* home, const Exports& exports) {
                          [](ClientData command) { delete static_cast<Command*>(command); });
     Tcl_ListObjAppendElement(nullptr, names, new_text(name));
   }
-  Tcl_Obj* description = Tcl_NewDictObj();
-  put(description, "version", Tcl_NewIntObj(exports.version()));
-  put(description, "date", new_text(exports.date()));
-  put(description, "comment", new_text(exports.comment()));
-  put(description, "commands", names);
-  return description;
+  Tcl_Obj* description[] = {new_text("version"),  Tcl_NewIntObj(exports.version()),
+                            new_text("date"),     new_text(exports.date()),
+                            new_text("comment"),  new_text(exports.comment()),
+                            new_text("commands"), names};
+  return Tcl_NewListObj(8, description);
 }
 
 // vars ?pattern?: as `info vars`, in the caller's scope. Plug-ins expect the command of a host.
