@@ -20,19 +20,12 @@ bool equal_ignoring_case(const char* x, const char* y) {
 // Console attributes of the digits 0 to 9; see the colours of the console.
 constexpr std::uint16_t DIGIT_COLOUR[10] = {0, 4, 12, 6, 14, 10, 9, 13, 8, 15};
 
-// What a drawing needs to know of the console. Asking again for each of thousands of digits would
-// take longer than drawing them.
-struct Canvas {
-  bool has_colours = console_has_colours();
-  const char* block = platform::block();
-};
-
-void draw(char c, const Canvas& canvas) {
+void draw(char c, bool has_colours, const char* block) {
   if (c >= '0' && c <= '9') {
-    if (canvas.has_colours) console_set_colour(DIGIT_COLOUR[c - '0']);
-    std::fputs(canvas.block, stdout);
+    if (has_colours) console_set_colour(DIGIT_COLOUR[c - '0']);
+    std::fputs(block, stdout);
   } else {
-    if (canvas.has_colours) console_reset_colour();
+    if (has_colours) console_reset_colour();
     std::putchar(c);
   }
 }
@@ -56,10 +49,12 @@ int op_to_binary(const Call& call) {
 int op_graph(const Call& call) {
   mark_line();
   const std::int32_t width = parse_count(call.text(3));
-  const Canvas canvas;
+  // Asking the console for each of thousands of digits would take longer than drawing them.
+  const bool has_colours = console_has_colours();
+  const char* block = platform::block();
   std::int32_t column = 0;
   for (const char* c = call.text(2); *c != '\0'; ++c) {
-    draw(*c, canvas);
+    draw(*c, has_colours, block);
     if (++column == width) {
       std::printf("\r\n");
       column = 0;
