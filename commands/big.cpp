@@ -1,4 +1,5 @@
 // The frame of `big`: link check, argument count, choice of the operator, exception guard.
+#include <array>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -45,41 +46,32 @@ constexpr std::uint64_t key_of(const char* word) {
   return key;
 }
 
-// Finds a word's row by hashing its key, so that every word costs the same: the row is at the
-// hash or in one of the slots behind it, before an empty one. A word that could not be found, being
-// too long or having a row already, does not compile.
-class Index {
- public:
-  constexpr Index() {
-    for (const Operator& row : OPERATORS) {
-      const std::uint64_t key = key_of(row.word);
-      if (key == 0) throw "an operator word has one to eight letters";
-      Slot& slot = slots[slot_of(key)];
-      if (slot.key == key) throw "an operator word has one row";
-      slot = {key, &row};
-    }
-  }
-
-  const Operator* find(const char* word) const { return slots[slot_of(key_of(word))].row; }
-
- private:
-  static constexpr std::size_t SLOT_COUNT = 256;
-
-  // The slot with that key; else, as for 0, an empty one.
-  constexpr std::size_t slot_of(std::uint64_t key) const {
-    auto i = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
-    while (slots[i].key != key && slots[i].key != 0) i = (i + 1) % SLOT_COUNT;
-    return i;
-  }
-
-  struct Slot {
-    std::uint64_t key = 0;
-    const Operator* row = nullptr;
-  };
-  Slot slots[SLOT_COUNT];
+// A word's row is found by hashing its key, so that every word costs the same.
+struct Slot {
+  std::uint64_t key = 0;
+  const Operator* row = nullptr;
 };
+using Slots = std::array<Slot, 256>;
 
-constexpr Index INDEX;
+// The slot of a key, at its hash or behind; an empty one for a key without a row, as 0 is.
+constexpr std::size_t slot_of(const Slots& slots, std::uint64_t key) {
+  auto i = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
+  while (slots[i].key != key && slots[i].key != 0) i = (i + 1) % slots.size();
+  return i;
+}
+
+// A word that could not be found, being too long or having a row already, does not compile.
+constexpr Slots INDEX = [] {
+  Slots slots;
+  for (const Operator& row : OPERATORS) {
+    const std::uint64_t key = key_of(row.word);
+    if (key == 0) throw "an operator word has one to eight letters";
+    Slot& slot = slots[slot_of(slots, key)];
+    if (slot.key == key) throw "an operator word has one row";
+    slot = {key, &row};
+  }
+  return slots;
+}();
 
 int print_syntax(const Call& call, const char* word) {
   std::printf("%s %s: Syntax is: %s <operator> value ?value?\n", call.name(), word, call.name());
@@ -87,7 +79,7 @@ int print_syntax(const Call& call, const char* word) {
 }
 
 int run(const Call& call) {
-  const Operator* op = INDEX.find(call.word());
+  const Operator* op = INDEX[slot_of(INDEX, key_of(call.word()))].row;
   if (op != nullptr && op->admitted.admits(call.count)) return op->function(call);
   if (call.count >= 5) report_exception(call.name(), "Command undefined");
   if (call.count == 3) return print_syntax(call, call.word());
