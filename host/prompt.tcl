@@ -11,16 +11,13 @@
 # of its own, for its many commands.
 package require omrel_bignum
 
-namespace eval prompt {
-    variable MAX_LINE 4095
-    variable terminal [exec stty -g <@stdin]
-}
+namespace eval prompt { variable terminal [exec stty -g <@stdin] }
 
 # --- reading ------------------------------------------------------------------------------------
 
 # One line of the terminal, a Ctrl-C at its end if it was left by that.
 proc prompt::plain_line {prompt} {
-    variable MAX_LINE
+    set MAX_LINE 4095
     puts -nonewline $prompt
     flush stdout
     set line {}
