@@ -1,5 +1,4 @@
-// Loads plug-in libraries of the boundary in plugin/omrel_plugin.h into a Tcl interpreter, version
-// 8.6 or 9.
+// Loads plug-in libraries with the boundary of plugin/omrel_plugin.h into Tcl, version 8.6 or 9.
 //
 //   package require omrelhost
 //   set about [omrelhost::load ./omrel_bignum.so]   ;# version 119 date ... comment ... commands
@@ -195,18 +194,11 @@ Object new_answer(const Home& home, const char* text) {
   return is_digit ? home.digits[static_cast<std::size_t>(*text - '0')] : new_text(text);
 }
 
-// Runs a command of a few words in the caller's scope; true when it succeeds.
-bool evaluate(Tcl_Interp* interp, const std::vector<Object>& words) {
-  std::vector<Tcl_Obj*> objv;
-  objv.reserve(words.size());
-  for (const Object& word : words) objv.push_back(word.get());
-  return Tcl_EvalObjv(interp, static_cast<int>(objv.size()), objv.data(), 0) == TCL_OK;
-}
-
 // The answer of `info exists name` or `array exists name`; false when it cannot be had.
 bool exists(const Home& home, const Object& kind, const Object& name) {
+  Tcl_Obj* const words[] = {kind.get(), home.exists.get(), name.get()};
   int answer = 0;
-  return evaluate(home.interp, {kind, home.exists, name}) &&
+  return Tcl_EvalObjv(home.interp, 3, words, 0) == TCL_OK &&
          Tcl_GetBooleanFromObj(nullptr, Tcl_GetObjResult(home.interp), &answer) == TCL_OK &&
          answer != 0;
 }
@@ -360,19 +352,17 @@ class Call {
   Tcl_InterpState failure_ = nullptr;  // the first failed variable access
 };
 
-Call* running_call(void* interp) { return static_cast<Home*>(interp)->call; }
-
 // The callbacks. Outside a command call there are no variables and no result. None lets an
 // exception out: like Tcl itself they end the process when memory runs out.
 extern "C" {
 
 static HostVar* get_var(void* interp, const char* name, int) noexcept {
-  Call* call = running_call(interp);
+  Call* call = static_cast<Home*>(interp)->call;
   return call != nullptr ? call->read(name) : nullptr;
 }
 
 static int set_var(void* interp, const char* name, const char* value, int) noexcept {
-  Call* call = running_call(interp);
+  Call* call = static_cast<Home*>(interp)->call;
   return call != nullptr && call->write(name, value) ? 0 : 1;
 }
 
@@ -392,7 +382,7 @@ static HostCommand* get_command(void* interp, const char* name) noexcept {
 }
 
 static void set_result(void* interp, const char* text, int) noexcept {
-  if (Call* call = running_call(interp)) call->set_result(text);
+  if (Call* call = static_cast<Home*>(interp)->call) call->set_result(text);
 }
 
 }  // extern "C"
@@ -460,9 +450,11 @@ Tcl_Obj* create_commands(Home* home, const Exports& exports) {
 
 // vars ?pattern?: as `info vars`, in the caller's scope. Plug-ins expect the command of a host.
 int vars_command(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  std::vector<Object> words = {new_text("::info"), new_text("vars")};
+  const Object info = new_text("::info");
+  const Object vars = new_text("vars");
+  std::vector<Tcl_Obj*> words = {info.get(), vars.get()};
   words.insert(words.end(), objv + 1, objv + objc);
-  return evaluate(interp, words) ? TCL_OK : TCL_ERROR;
+  return Tcl_EvalObjv(interp, objc + 1, words.data(), 0) == TCL_OK ? TCL_OK : TCL_ERROR;
 }
 
 // omrelhost::load path
