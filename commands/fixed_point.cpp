@@ -76,7 +76,6 @@ int op_mean(const Call& call) {
     }
     sum.add(operand(call, i));
   }
-  mark_line();
   return divide(call, sum, n);  // which shows 18 places, n being no number of 19 digits
 }
 
