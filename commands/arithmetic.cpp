@@ -1,7 +1,6 @@
 // The four operations, the remainder, comparisons and the logical words.
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
-#include "support/line_marker.h"
 
 namespace omrel {
 namespace {
@@ -17,78 +16,63 @@ bool refused(const Call& call, const bignum& divisor, std::int32_t line = __buil
 }  // namespace
 
 int op_add(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   return hand_over(call, a + operand(call, 3));
 }
 
 int op_subtract(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   return hand_over(call, a - operand(call, 3));
 }
 
 // A script that squares a value passes one text twice.
 int op_multiply(const Call& call) {
-  mark_line();
   const bignum a = operand(call, 2);
   return hand_over(call, call.texts[2] == call.texts[3] ? a * a : a * operand(call, 3));
 }
 
 int op_divide(const Call& call) {
-  mark_line();
   const bignum a = operand(call, 2);
   const bignum b = operand(call, 3);
   return refused(call, b) ? 1 : hand_over(call, a.quotient(b));
 }
 
 int op_remainder(const Call& call) {
-  mark_line();
   const bignum a = operand(call, 2);
   const bignum b = operand(call, 3);
   return refused(call, b) ? 1 : hand_over(call, a % b);
 }
 
 int op_equal(const Call& call) {
-  mark_line();
   return hand_over_truth(call, operand(call, 2) == operand(call, 3));
 }
 
 int op_not_equal(const Call& call) {
-  mark_line();
   return hand_over_truth(call, operand(call, 2) != operand(call, 3));
 }
 
 int op_greater(const Call& call) {
-  mark_line();
   return hand_over_truth(call, operand(call, 2) > operand(call, 3));
 }
 
-int op_less(const Call& call) {
-  mark_line();
-  return hand_over_truth(call, operand(call, 2) < operand(call, 3));
-}
+int op_less(const Call& call) { return hand_over_truth(call, operand(call, 2) < operand(call, 3)); }
 
 int op_not_less(const Call& call) {
-  mark_line();
   return hand_over_truth(call, operand(call, 2) >= operand(call, 3));
 }
 
 int op_not_greater(const Call& call) {
-  mark_line();
   return hand_over_truth(call, operand(call, 2) <= operand(call, 3));
 }
 
 // A negative zero is not equal to 0, so it counts as true. Both operands are always read.
 int op_both(const Call& call) {
-  mark_line();
   const bignum a = operand(call, 2);
   const bignum b = operand(call, 3);
   return hand_over_truth(call, !a.equals_digit('0') && !b.equals_digit('0'));
 }
 
 int op_either(const Call& call) {
-  mark_line();
   const bignum a = operand(call, 2);
   const bignum b = operand(call, 3);
   return hand_over_truth(call, !a.equals_digit('0') || !b.equals_digit('0'));

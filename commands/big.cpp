@@ -1,8 +1,8 @@
 // The frame of `big`: link check, argument count, choice of the operator, exception guard.
+#include <array>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 
 #include "commands/operator_table.h"
 #include "plugin/host_link.h"
@@ -15,6 +15,8 @@ namespace {
 
 // Numbers of texts that admit a word.
 struct Admitted {
+  bool admits(int count) const { return least <= count && count <= most; }
+
   int least;
   int most;
 };
@@ -44,53 +46,32 @@ constexpr std::uint64_t key_of(const char* word) {
   return key;
 }
 
-// Finds a word's row by hashing its key, so that every word costs the same: the row is at the
-// hash or in one of the slots behind it, before an empty one. A word that could not be found, being
-// too long or having a row already, does not compile.
-class Index {
- public:
-  constexpr Index() {
-    for (std::size_t row = 0; row < std::size(OPERATORS); ++row) {
-      const std::uint64_t key = key_of(OPERATORS[row].word);
-      if (key == 0) throw "an operator word has one to eight letters";
-      std::size_t i = hash(key);
-      for (; slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
-        if (slots[i].key == key) throw "an operator word has one row";
-      }
-      slots[i] = {key, &OPERATORS[row]};
-    }
-  }
-
-  const Operator* find(const char* word) const {
-    const std::uint64_t key = key_of(word);
-    if (key == 0) return nullptr;
-    for (std::size_t i = hash(key); slots[i].key != 0; i = (i + 1) % SLOT_COUNT) {
-      if (slots[i].key == key) return slots[i].row;
-    }
-    return nullptr;
-  }
-
- private:
-  static constexpr std::size_t SLOT_COUNT = 256;
-
-  static constexpr std::size_t hash(std::uint64_t key) {
-    return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
-  }
-
-  struct Slot {
-    std::uint64_t key = 0;
-    const Operator* row = nullptr;
-  };
-  Slot slots[SLOT_COUNT];
+// A word's row is found by hashing its key, so that every word costs the same.
+struct Slot {
+  std::uint64_t key = 0;
+  const Operator* row = nullptr;
 };
+using Slots = std::array<Slot, 256>;
 
-constexpr Index INDEX;
-
-const Operator* find_operator(const char* word, int count) {
-  const Operator* op = INDEX.find(word);
-  const bool admitted = op != nullptr && op->admitted.least <= count && count <= op->admitted.most;
-  return admitted ? op : nullptr;
+// The slot of a key, at its hash or behind; an empty one for a key without a row, as 0 is.
+constexpr std::size_t slot_of(const Slots& slots, std::uint64_t key) {
+  auto i = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 56);  // Fibonacci hashing
+  while (slots[i].key != key && slots[i].key != 0) i = (i + 1) % slots.size();
+  return i;
 }
+
+// A word that could not be found, being too long or having a row already, does not compile.
+constexpr Slots INDEX = [] {
+  Slots slots;
+  for (const Operator& row : OPERATORS) {
+    const std::uint64_t key = key_of(row.word);
+    if (key == 0) throw "an operator word has one to eight letters";
+    Slot& slot = slots[slot_of(slots, key)];
+    if (slot.key == key) throw "an operator word has one row";
+    slot = {key, &row};
+  }
+  return slots;
+}();
 
 int print_syntax(const Call& call, const char* word) {
   std::printf("%s %s: Syntax is: %s <operator> value ?value?\n", call.name(), word, call.name());
@@ -98,24 +79,12 @@ int print_syntax(const Call& call, const char* word) {
 }
 
 int run(const Call& call) {
-  const Operator* op = find_operator(call.word(), call.count);
-  if (op != nullptr) return op->function(call);
+  const Operator* op = INDEX[slot_of(INDEX, key_of(call.word()))].row;
+  if (op != nullptr && op->admitted.admits(call.count)) return op->function(call);
   if (call.count >= 5) report_exception(call.name(), "Command undefined");
   if (call.count == 3) return print_syntax(call, call.word());
   std::printf("%s: %s not implemented\n", call.name(), call.word());
   return 1;
-}
-
-int run_guarded(const Call& call) {
-  try {
-    return run(call);
-  } catch (...) {
-    console_open(false);
-    console_printf("lib omrel_bignum: Unhandled exception near line %li\n",
-                   static_cast<long>(line_marker));
-    set_result(call.interp, "lib omrel_bignum: Unhandled exception in omrel_bignum.dll");
-    return 1;
-  }
 }
 
 int big(const Call& call) {
@@ -126,7 +95,15 @@ int big(const Call& call) {
     set_result(call.interp, "");
     return 1;
   }
-  return run_guarded(call);
+  try {
+    return run(call);
+  } catch (...) {
+    console_open(false);
+    console_printf("lib omrel_bignum: Unhandled exception near line %li\n",
+                   static_cast<long>(line_marker));
+    set_result(call.interp, "lib omrel_bignum: Unhandled exception in omrel_bignum.dll");
+    return 1;
+  }
 }
 
 }  // namespace

@@ -4,18 +4,14 @@
 #include "support/line_marker.h"
 
 namespace omrel {
-namespace {
 
-bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-}  // namespace
-
-const char* Call::text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
-
-bignum operand(const Call& call, int i) { return bignum(call.texts[i], 0); }
+bignum operand(const Call& call, int i, std::int32_t line) {
+  mark_line(line);
+  return bignum(call.texts[i], 0);
+}
 
 std::int32_t parse_count(const char* text) {
-  while (is_space(*text)) ++text;
+  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
   const bool negative = *text == '-';
   if (*text == '-' || *text == '+') ++text;
   std::uint32_t value = 0;  // modulo 2^32
@@ -39,8 +35,6 @@ int hand_over(const Call& call, const AnswerText& answer, const char* fallback, 
 int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code) {
   return hand_over(call, AnswerText(DecimalText(answer)), fallback, fallback_code);
 }
-
-int hand_over(const Call& call, const bignum& answer) { return hand_over(call, answer, "0", 1); }
 
 int hand_over_truth(const Call& call, bool truth) {
   set_result(call.interp, truth ? "1" : "0");

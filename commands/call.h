@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include "bignum/text_form.h"
-#include "support/text.h"
 
 namespace omrel {
 
@@ -16,7 +15,7 @@ struct Call {
   int count;
   const char* const* texts;
 
-  const char* text(int i) const;
+  const char* text(int i) const { return i < count && texts[i] != nullptr ? texts[i] : ""; }
   const char* name() const { return text(0); }
   const char* word() const { return text(1); }
 };
@@ -26,8 +25,13 @@ struct Call {
 class AnswerText {
  public:
   template <class Form>
-  explicit AnswerText(const Form& form)
-      : text(form.room() > sizeof stack_text ? heap_text(form) : written(form)) {}
+  explicit AnswerText(const Form& form) {
+    if (form.room() > sizeof stack_text) {
+      text = heap_text(form);
+    } else {
+      form.write(stack_text);
+    }
+  }
   ~AnswerText() {
     if (text != stack_text) std::free(text);
   }
@@ -38,18 +42,13 @@ class AnswerText {
   const char* get() const { return text; }
 
  private:
-  template <class Form>
-  char* written(const Form& form) {
-    form.write(stack_text);
-    return stack_text;
-  }
-
   char stack_text[320];
-  char* const text;
+  char* text = stack_text;
 };
 
-// The i-th text, which the call has, as a number; see bignum's constructor from text.
-bignum operand(const Call& call, int i);
+// The i-th text, which the call has, as a number; see bignum's constructor from text. Marks the
+// line of the caller, so a word that begins with an operand need not.
+bignum operand(const Call& call, int i, std::int32_t line = __builtin_LINE());
 
 // Reads a count as 32 bits wide atol does: white space, one sign, digits; the value wraps.
 std::int32_t parse_count(const char* text);
@@ -62,10 +61,9 @@ int refuse(const Call& call, const char* message, std::int32_t line = __builtin_
 // is the result and the code is returned.
 int hand_over(const Call& call, const AnswerText& answer, const char* fallback, int fallback_code);
 
-// The same for a value in decimal; the second one with the fallback of the two-operand words: "0",
-// an error.
-int hand_over(const Call& call, const bignum& answer, const char* fallback, int fallback_code);
-int hand_over(const Call& call, const bignum& answer);
+// The same for a value in decimal. The two-operand words fall back to "0", an error.
+int hand_over(const Call& call, const bignum& answer, const char* fallback = "0",
+              int fallback_code = 1);
 
 // Makes "1" or "0" the result and returns 0.
 int hand_over_truth(const Call& call, bool truth);

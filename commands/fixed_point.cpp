@@ -20,6 +20,10 @@ int hand_over_fixed(const Call& call, const Form& answer) {
   return hand_over(call, AnswerText(answer), "", 0);
 }
 
+bool signs_differ(const bignum& a, const bignum& b) {
+  return (a.get_sign() != 0) != (b.get_sign() != 0);
+}
+
 int divide_by_steps(const Call& call, bignum& a, bignum& b) {
   // Of two negative operands the one nearer to zero is left as the remainder, sign and all. The
   // answer is that of the magnitudes.
@@ -31,7 +35,7 @@ int divide_by_steps(const Call& call, bignum& a, bignum& b) {
   bignum q = a / b;
   const bignum r = q.get_remainder();
   const bignum scaled = scale() * r;
-  if ((a.get_sign() != 0) != (b.get_sign() != 0)) q.set_sign(1);
+  if (signs_differ(a, b)) q.set_sign(1);
   mark_line();
   if (!both_negative && !r.equals_digit('0') && scaled < b) {
     // The first 18 places are zeros: 18 more behind them.
@@ -42,20 +46,9 @@ int divide_by_steps(const Call& call, bignum& a, bignum& b) {
   return hand_over_fixed(call, FixedText(q, places));
 }
 
-int mean_by_steps(const Call& call, const bignum& sum, const bignum& n) {
-  bignum q = sum / n;
-  const bignum places = (scale() * q.get_remainder()) / n;
-  if (sum.get_sign() != 0) q.set_sign(1);
-  return hand_over_fixed(call, FixedText(q, places));
-}
-
-}  // namespace
-
-int op_fixed_divide(const Call& call) {
-  mark_line();
-  bignum a = operand(call, 2);
-  bignum b = operand(call, 3);
-  const bool is_negative = (a.get_sign() != 0) != (b.get_sign() != 0);
+// Answers with a / b.
+int divide(const Call& call, bignum& a, bignum& b) {
+  const bool is_negative = signs_differ(a, b);
   FixedWords words;
   if (a.fixed_quotient(words, b)) return hand_over_fixed(call, FixedWordsText(words, is_negative));
   bignum scaled;
@@ -64,9 +57,17 @@ int op_fixed_divide(const Call& call) {
   return hand_over_fixed(call, FixedText(scaled));
 }
 
+}  // namespace
+
+int op_fixed_divide(const Call& call) {
+  bignum a = operand(call, 2);
+  bignum b = operand(call, 3);
+  return divide(call, a, b);
+}
+
 int op_mean(const Call& call) {
   mark_line();
-  const bignum n(call.count - 2);
+  bignum n(call.count - 2);
   bignum sum(0);
   for (int i = 2; i < call.count; ++i) {
     if (char_position(call.text(i), '.') != 0) {
@@ -75,19 +76,10 @@ int op_mean(const Call& call) {
     }
     sum.add(operand(call, i));
   }
-  mark_line();
-  FixedWords words;
-  if (sum.fixed_quotient(words, n)) {
-    return hand_over_fixed(call, FixedWordsText(words, sum.get_sign() != 0));
-  }
-  bignum scaled;
-  if (!sum.fixed_quotient(scaled, n)) return mean_by_steps(call, sum, n);
-  scaled.set_sign(sum.get_sign());
-  return hand_over_fixed(call, FixedText(scaled));
+  return divide(call, sum, n);  // which shows 18 places, n being no number of 19 digits
 }
 
 int op_fixed_remainder(const Call& call) {
-  mark_line();
   return hand_over(call, operand(call, 2).remainder(operand(call, 3)), "", 0);
 }
 

@@ -17,26 +17,15 @@ bool equal_ignoring_case(const char* x, const char* y) {
   return lower(*x) == lower(*y);
 }
 
-bool has_option(const Call& call, const char* option) {
-  return call.count == 4 && equal_ignoring_case(call.text(3), option);
-}
-
 // Console attributes of the digits 0 to 9; see the colours of the console.
 constexpr std::uint16_t DIGIT_COLOUR[10] = {0, 4, 12, 6, 14, 10, 9, 13, 8, 15};
 
-// What a drawing needs to know of the console. Asking again for each of thousands of digits would
-// take longer than drawing them.
-struct Canvas {
-  bool has_colours = console_has_colours();
-  const char* block = platform::block();
-};
-
-void draw(char c, const Canvas& canvas) {
+void draw(char c, bool has_colours, const char* block) {
   if (c >= '0' && c <= '9') {
-    if (canvas.has_colours) console_set_colour(DIGIT_COLOUR[c - '0']);
-    std::fputs(canvas.block, stdout);
+    if (has_colours) console_set_colour(DIGIT_COLOUR[c - '0']);
+    std::fputs(block, stdout);
   } else {
-    if (canvas.has_colours) console_reset_colour();
+    if (has_colours) console_reset_colour();
     std::putchar(c);
   }
 }
@@ -50,7 +39,7 @@ int op_to_binary(const Call& call) {
                 call.text(2));
     return 1;
   }
-  const bool is_prefixed = !has_option(call, "-noprefix");
+  const bool is_prefixed = !equal_ignoring_case(call.text(3), "-noprefix");
   const bignum x = operand(call, 2);
   if (x.has_binary_form()) return hand_over(call, AnswerText(BinaryText(x, is_prefixed)), "", 0);
   set_result(call.interp, "");
@@ -59,18 +48,20 @@ int op_to_binary(const Call& call) {
 
 int op_graph(const Call& call) {
   mark_line();
-  const std::int32_t width = call.count == 4 ? parse_count(call.text(3)) : 0;
-  const Canvas canvas;
+  const std::int32_t width = parse_count(call.text(3));
+  // Asking the console for each of thousands of digits would take longer than drawing them.
+  const bool has_colours = console_has_colours();
+  const char* block = platform::block();
   std::int32_t column = 0;
   for (const char* c = call.text(2); *c != '\0'; ++c) {
-    draw(*c, canvas);
+    draw(*c, has_colours, block);
     if (++column == width) {
       std::printf("\r\n");
       column = 0;
     }
   }
   console_reset_colour();
-  if (!has_option(call, "-nonewline")) std::printf("\r\n");
+  if (!equal_ignoring_case(call.text(3), "-nonewline")) std::printf("\r\n");
   return 0;
 }
 

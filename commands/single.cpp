@@ -23,69 +23,46 @@ void replace_value(HostVar* var, const char* text) {
 
 // "++" and "--": the operand names a variable, or is a number when there is no such variable. A
 // variable without a value becomes 0.
-int step(const Call& call, bool up) {
+int step(const Call& call, bool up, std::int32_t line = __builtin_LINE()) {
+  mark_line(line);
   HostVar* var = get_var(call.interp, call.text(2));
   const char* source = var != nullptr ? var->value : call.text(2);
   bignum result(source, 0);
-  if (source == nullptr) {
-    result = bignum(0);
-  } else if (!result.step_lowest(up)) {
+  if (source != nullptr && !result.step_lowest(up)) {
     result = up ? result.increment() : result.decrement();
   }
   const AnswerText text{DecimalText(result)};
-  const bool made = text.get() != nullptr;
-  const char* shown = made ? text.get() : "0";
-  if (var != nullptr) replace_value(var, shown);
-  set_result(call.interp, shown);
-  return made ? 0 : 1;
-}
-
-bool begins_with_prefix(const char* text) {
-  return text[0] == '0' && (text[1] == 'b' || text[1] == 'B');
+  if (var != nullptr) replace_value(var, text.get() != nullptr ? text.get() : "0");
+  return hand_over(call, text, "0", 1);
 }
 
 }  // namespace
 
-int op_increment(const Call& call) {
-  mark_line();
-  return step(call, true);
-}
+int op_increment(const Call& call) { return step(call, true); }
 
-int op_decrement(const Call& call) {
-  mark_line();
-  return step(call, false);
-}
+int op_decrement(const Call& call) { return step(call, false); }
 
 int op_halve(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.halve();
   return answer(call, a);
 }
 
-int op_power_of_two(const Call& call) {
-  mark_line();
-  return answer(call, bignum::pow2(operand(call, 2)));
-}
+int op_power_of_two(const Call& call) { return answer(call, bignum::pow2(operand(call, 2))); }
 
 int op_drop_digit(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.drop_digit();
   return answer(call, a);
 }
 
 int op_abs(const Call& call) {
-  mark_line();
   bignum a = operand(call, 2);
   a.set_sign(0);
   return answer(call, a);
 }
 
-int op_is_even(const Call& call) {
-  mark_line();
-  return hand_over_truth(call, operand(call, 2).is_even());
-}
+int op_is_even(const Call& call) { return hand_over_truth(call, operand(call, 2).is_even()); }
 
 int op_fibonacci(const Call& call) {
   mark_line();
@@ -104,27 +81,16 @@ int op_factorial(const Call& call) {
   return answer(call, bignum::fact(n));
 }
 
-int op_square_root(const Call& call) {
-  mark_line();
-  return answer(call, bignum::sqrt(operand(call, 2)));
-}
+int op_square_root(const Call& call) { return answer(call, bignum::sqrt(operand(call, 2))); }
 
 int op_from_binary(const Call& call) {
   mark_line();
-  const char* digits = call.text(2);
-  if (begins_with_prefix(digits)) digits += 2;
-  return answer(call, bignum::bintoint(digits));
+  return answer(call, bignum::bintoint(call.text(2)));
 }
 
-int op_complement(const Call& call) {
-  mark_line();
-  return answer(call, ~operand(call, 2));
-}
+int op_complement(const Call& call) { return answer(call, ~operand(call, 2)); }
 
-int op_not(const Call& call) {
-  mark_line();
-  return hand_over_truth(call, operand(call, 2).equals_digit('0'));
-}
+int op_not(const Call& call) { return hand_over_truth(call, operand(call, 2).equals_digit('0')); }
 
 int op_debug(const Call& call) {
   mark_line();

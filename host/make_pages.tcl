@@ -34,26 +34,18 @@ proc blocks {reference title} {
     split [regsub -all {\n\n+} $text \1] \1
 }
 
-proc between_backquotes {text} {
-    lmap {- inner} [regexp -all -inline {`([^`]*)`} $text] { set inner }
-}
-
-# The rows of a table as lists {words arguments answer examples errors}. A bar within a cell is
-# escaped; the two lines of the heading have no words.
+# The rows of a table as lists {words arguments answer examples errors}, an example being a command
+# and what comes of it. A bar within a cell is escaped; the two lines of the heading have no words.
 proc rows {table} {
     lmap line [split [string map {\\| \1} $table] \n] {
         set cells [lmap cell [split $line |] { string map {\1 |} [string trim $cell] }]
         lassign [lrange $cells 1 5] words arguments answer examples errors
-        set words [between_backquotes $words]
+        set words [lmap {- word} [regexp -all -inline {`([^`]*)`} $words] { set word }]
         if {$words eq ""} continue
-        list $words $arguments $answer [examples $examples] $errors
-    }
-}
-
-# The examples of a cell: the command and what comes of it.
-proc examples {cell} {
-    lmap {- command kind outcome} [regexp -all -inline {`([^`]*)` (->|prints) `([^`]*)`} $cell] {
-        string cat "$command $kind $outcome"
+        set examples [lmap example [regexp -all -inline {`[^`]*` (?:->|prints) `[^`]*`} $examples] {
+            string map {` {}} $example
+        }]
+        list $words $arguments $answer $examples $errors
     }
 }
 
@@ -102,18 +94,15 @@ proc entry {words arguments answer examples errors} {
     return $text
 }
 
-proc items {list} {
-    lmap item [split [string map [list "\n- " \1] [string range $list 2 end]] \1] {
-        string cat ".IP \\(bu 2\n" [prose $item]
-    }
-}
-
 proc block {text} {
     switch -glob -- $text {
         "### *" { return ".SS \"[literal [string range $text 4 end]]\"\n" }
         "| *" { return [join [lmap row [rows $text] { entry {*}$row }] ""] }
         "    *" { return ".PP\n[example_lines $text]" }
-        "- *" { return [join [items $text] ""] }
+        "- *" {
+            set items [split [string map [list "\n- " \1] [string range $text 2 end]] \1]
+            return [join [lmap item $items { string cat ".IP \\(bu 2\n" [prose $item] }] ""]
+        }
         default { return ".PP\n[prose $text]" }
     }
 }
@@ -149,7 +138,7 @@ proc explanation {words arguments answer examples errors} {
     lappend lines [indented [sentence $answer]]
     foreach example $examples { lappend lines "        $example" }
     if {$errors ne ""} { lappend lines [indented "Errors: $errors."] }
-    string map {` {}} [join $lines \n]
+    join $lines \n
 }
 
 # The groups of words, a title and its words in turn; and a dictionary of explanations.

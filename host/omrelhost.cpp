@@ -1,5 +1,4 @@
-// Loads plug-in libraries of the boundary in plugin/omrel_plugin.h into a Tcl interpreter, version
-// 8.6 or 9.
+// Loads plug-in libraries with the boundary of plugin/omrel_plugin.h into Tcl, version 8.6 or 9.
 //
 //   package require omrelhost
 //   set about [omrelhost::load ./omrel_bignum.so]   ;# version 119 date ... comment ... commands
@@ -41,7 +40,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <forward_list>
-#include <iterator>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -93,15 +91,10 @@ struct Home {
   Home(const Home&) = delete;
   Home& operator=(const Home&) = delete;
 
-  // Keeps Tcl's standard output, where there is one, at hand until it is closed.
-  void find_output() {
-    output = Tcl_GetStdChannel(TCL_STDOUT);
-    if (output != nullptr) Tcl_CreateCloseHandler(output, forget_output, this);
-  }
   static void forget_output(ClientData home) { static_cast<Home*>(home)->output = nullptr; }
 
   Tcl_Interp* interp;
-  Tcl_Channel output = nullptr;
+  Tcl_Channel output = nullptr;     // Tcl's standard output, once found and until it is closed
   Call* call = nullptr;             // the innermost running call; null between calls
   std::array<Object, 10> digits{};  // answers of one digit, made once
   // Words of commands, in which Tcl keeps the commands that it has found.
@@ -134,8 +127,12 @@ int active_calls = 0;
 
 // A script may have closed the channel and opened another one in its place.
 void flush_tcl_output(Home& home) {
-  if (home.output == nullptr) home.find_output();
-  if (home.output != nullptr && Tcl_OutputBuffered(home.output) > 0) Tcl_Flush(home.output);
+  if (home.output == nullptr) {
+    home.output = Tcl_GetStdChannel(TCL_STDOUT);
+    if (home.output == nullptr) return;
+    Tcl_CreateCloseHandler(home.output, Home::forget_output, &home);
+  }
+  if (Tcl_OutputBuffered(home.output) > 0) Tcl_Flush(home.output);
 }
 
 void flush_c_output() {
@@ -197,18 +194,11 @@ Object new_answer(const Home& home, const char* text) {
   return is_digit ? home.digits[static_cast<std::size_t>(*text - '0')] : new_text(text);
 }
 
-// Runs a command of a few words in the caller's scope; true when it succeeds.
-bool evaluate(Tcl_Interp* interp, const std::vector<Object>& words) {
-  std::vector<Tcl_Obj*> objv;
-  objv.reserve(words.size());
-  for (const Object& word : words) objv.push_back(word.get());
-  return Tcl_EvalObjv(interp, static_cast<int>(objv.size()), objv.data(), 0) == TCL_OK;
-}
-
 // The answer of `info exists name` or `array exists name`; false when it cannot be had.
 bool exists(const Home& home, const Object& kind, const Object& name) {
+  Tcl_Obj* const words[] = {kind.get(), home.exists.get(), name.get()};
   int answer = 0;
-  return evaluate(home.interp, {kind, home.exists, name}) &&
+  return Tcl_EvalObjv(home.interp, 3, words, 0) == TCL_OK &&
          Tcl_GetBooleanFromObj(nullptr, Tcl_GetObjResult(home.interp), &answer) == TCL_OK &&
          answer != 0;
 }
@@ -261,9 +251,6 @@ class Call {
     if (failure_ != nullptr) Tcl_DiscardInterpState(failure_);
     home_.call = outer_;
   }
-
-  Call(const Call&) = delete;
-  Call& operator=(const Call&) = delete;
 
   const char* const* texts() const { return texts_.get(); }
 
@@ -365,19 +352,17 @@ class Call {
   Tcl_InterpState failure_ = nullptr;  // the first failed variable access
 };
 
-Call* running_call(void* interp) { return static_cast<Home*>(interp)->call; }
-
 // The callbacks. Outside a command call there are no variables and no result. None lets an
 // exception out: like Tcl itself they end the process when memory runs out.
 extern "C" {
 
 static HostVar* get_var(void* interp, const char* name, int) noexcept {
-  Call* call = running_call(interp);
+  Call* call = static_cast<Home*>(interp)->call;
   return call != nullptr ? call->read(name) : nullptr;
 }
 
 static int set_var(void* interp, const char* name, const char* value, int) noexcept {
-  Call* call = running_call(interp);
+  Call* call = static_cast<Home*>(interp)->call;
   return call != nullptr && call->write(name, value) ? 0 : 1;
 }
 
@@ -397,7 +382,7 @@ static HostCommand* get_command(void* interp, const char* name) noexcept {
 }
 
 static void set_result(void* interp, const char* text, int) noexcept {
-  if (Call* call = running_call(interp)) call->set_result(text);
+  if (Call* call = static_cast<Home*>(interp)->call) call->set_result(text);
 }
 
 }  // extern "C"
@@ -417,8 +402,6 @@ int run_command(ClientData data, Tcl_Interp*, int objc, Tcl_Obj* const objv[]) n
   return call.finish(status, call.texts()[0], objc > 1 ? call.texts()[1] : "");
 }
 
-void delete_command(ClientData data) { delete static_cast<Command*>(data); }
-
 // What a library exports for its host.
 struct Exports {
   decltype(&_get_dll_version) version;
@@ -428,82 +411,50 @@ struct Exports {
   decltype(&_get_function_list) functions;
   decltype(&_get_export_count) count;
   decltype(&_export_common_routines) take_callbacks;
+  std::vector<OmrelCommand> run;  // the commands' functions
 };
 
-// These leave Tcl's message where a function is missing.
+// Finds all of them, for a library is taken whole or not at all; leaves Tcl's message otherwise.
 bool find_exports(Tcl_Interp* interp, Tcl_LoadHandle library, Exports& exports) {
-  struct Needed {
-    const char* name;
-    void* function;  // the address of a pointer to one
+  const auto find = [&]<class Function>(const char* name, Function& function) {
+    function = reinterpret_cast<Function>(Tcl_FindSymbol(interp, library, name));
+    return function != nullptr;
   };
-  const Needed all[] = {{"_get_dll_version", &exports.version},
-                        {"_get_dll_date", &exports.date},
-                        {"_get_dll_comment", &exports.comment},
-                        {"_get_command_list", &exports.commands},
-                        {"_get_function_list", &exports.functions},
-                        {"_get_export_count", &exports.count},
-                        {"_export_common_routines", &exports.take_callbacks}};
-  return std::all_of(std::begin(all), std::end(all), [&](const Needed& needed) {
-    void* const found = Tcl_FindSymbol(interp, library, needed.name);
-    std::memcpy(needed.function, &found, sizeof found);
-    return found != nullptr;
-  });
-}
-
-// Finds every command's function, so that a library is taken whole or not at all.
-bool find_functions(Tcl_Interp* interp, Tcl_LoadHandle library, const Exports& exports,
-                    std::vector<OmrelCommand>& functions) {
-  functions.resize(static_cast<std::size_t>(exports.count()));
-  std::size_t k = 0;
-  for (OmrelCommand& function : functions) {
-    function =
-        reinterpret_cast<OmrelCommand>(Tcl_FindSymbol(interp, library, exports.functions()[k++]));
-    if (function == nullptr) return false;
+  if (!find("_get_dll_version", exports.version) || !find("_get_dll_date", exports.date) ||
+      !find("_get_dll_comment", exports.comment) || !find("_get_command_list", exports.commands) ||
+      !find("_get_function_list", exports.functions) || !find("_get_export_count", exports.count) ||
+      !find("_export_common_routines", exports.take_callbacks)) {
+    return false;
   }
-  return true;
+  exports.run.resize(static_cast<std::size_t>(exports.count()));
+  const char* const* name = exports.functions();
+  return std::all_of(exports.run.begin(), exports.run.end(),
+                     [&](OmrelCommand& function) { return find(*name++, function); });
 }
 
-// Hands over the callbacks; the ten entries that no plug-in calls have nothing behind them.
-void hand_over_callbacks(const Exports& exports) {
-  exports.take_callbacks(get_var, set_var, set_var_value, free_var_value, nullptr, nullptr,
-                         get_command, nullptr, nullptr, set_result, nullptr, free_value, nullptr,
-                         nullptr, nullptr, nullptr, nullptr);
-}
-
-void put(Tcl_Obj* dict, const char* key, Tcl_Obj* value) {
-  Tcl_DictObjPut(nullptr, dict, new_text(key), value);
-}
-
-// Creates the library's commands; returns its description.
-Tcl_Obj* create_commands(Home* home, const Exports& exports,
-                         const std::vector<OmrelCommand>& functions) {
+// Creates the library's commands; returns its description, a dictionary.
+Tcl_Obj* create_commands(Home* home, const Exports& exports) {
   Tcl_Obj* names = Tcl_NewListObj(0, nullptr);
-  std::size_t k = 0;
-  for (OmrelCommand function : functions) {
-    const char* name = exports.commands()[k++];
-    Tcl_CreateObjCommand(home->interp, name, run_command, new Command{home, function},
-                         delete_command);
+  for (std::size_t k = 0; k < exports.run.size(); ++k) {
+    const char* name = exports.commands()[k];
+    Tcl_CreateObjCommand(home->interp, name, run_command, new Command{home, exports.run[k]},
+                         [](ClientData command) { delete static_cast<Command*>(command); });
     Tcl_ListObjAppendElement(nullptr, names, new_text(name));
   }
-  Tcl_Obj* description = Tcl_NewDictObj();
-  put(description, "version", Tcl_NewIntObj(exports.version()));
-  put(description, "date", new_text(exports.date()));
-  put(description, "comment", new_text(exports.comment()));
-  put(description, "commands", names);
-  return description;
+  Tcl_Obj* description[] = {new_text("version"),  Tcl_NewIntObj(exports.version()),
+                            new_text("date"),     new_text(exports.date()),
+                            new_text("comment"),  new_text(exports.comment()),
+                            new_text("commands"), names};
+  return Tcl_NewListObj(8, description);
 }
 
 // vars ?pattern?: as `info vars`, in the caller's scope. Plug-ins expect the command of a host.
 int vars_command(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  std::vector<Object> words = {new_text("::info"), new_text("vars")};
+  const Object info = new_text("::info");
+  const Object vars = new_text("vars");
+  std::vector<Tcl_Obj*> words = {info.get(), vars.get()};
   words.insert(words.end(), objv + 1, objv + objc);
-  return evaluate(interp, words) ? TCL_OK : TCL_ERROR;
-}
-
-void supply_missing_commands(Tcl_Interp* interp) {
-  if (Tcl_FindCommand(interp, "vars", nullptr, TCL_GLOBAL_ONLY) == nullptr) {
-    Tcl_CreateObjCommand(interp, "::vars", vars_command, nullptr, nullptr);
-  }
+  return Tcl_EvalObjv(interp, objc + 1, words.data(), 0) == TCL_OK ? TCL_OK : TCL_ERROR;
 }
 
 // omrelhost::load path
@@ -515,20 +466,21 @@ int load_command(ClientData data, Tcl_Interp* interp, int objc, Tcl_Obj* const o
   Tcl_LoadHandle library = nullptr;
   if (Tcl_LoadFile(interp, objv[1], nullptr, 0, nullptr, &library) != TCL_OK) return TCL_ERROR;
   Exports exports{};
-  std::vector<OmrelCommand> functions;
-  if (!find_exports(interp, library, exports) ||
-      !find_functions(interp, library, exports, functions)) {
+  if (!find_exports(interp, library, exports)) {
     Tcl_FSUnloadFile(nullptr, library);
     return TCL_ERROR;
   }
   const std::lock_guard guard(plugin_lock);
-  hand_over_callbacks(exports);
-  supply_missing_commands(interp);
-  Tcl_SetObjResult(interp, create_commands(static_cast<Home*>(data), exports, functions));
+  // The ten entries that no plug-in calls have nothing behind them.
+  exports.take_callbacks(get_var, set_var, set_var_value, free_var_value, nullptr, nullptr,
+                         get_command, nullptr, nullptr, set_result, nullptr, free_value, nullptr,
+                         nullptr, nullptr, nullptr, nullptr);
+  if (Tcl_FindCommand(interp, "vars", nullptr, TCL_GLOBAL_ONLY) == nullptr) {
+    Tcl_CreateObjCommand(interp, "::vars", vars_command, nullptr, nullptr);
+  }
+  Tcl_SetObjResult(interp, create_commands(static_cast<Home*>(data), exports));
   return TCL_OK;
 }
-
-void delete_home(ClientData home, Tcl_Interp*) { delete static_cast<Home*>(home); }
 
 // The interpreter's Home, made on the first call.
 Home* home_of(Tcl_Interp* interp) {
@@ -538,7 +490,8 @@ Home* home_of(Tcl_Interp* interp) {
   for (std::size_t i = 0; i < home->digits.size(); ++i) {
     home->digits[i] = Tcl_NewIntObj(static_cast<int>(i));
   }
-  Tcl_SetAssocData(interp, KEY, delete_home, home);
+  Tcl_SetAssocData(
+      interp, KEY, [](ClientData data, Tcl_Interp*) { delete static_cast<Home*>(data); }, home);
   return home;
 }
 

@@ -11,19 +11,13 @@
 # of its own, for its many commands.
 package require omrel_bignum
 
-namespace eval prompt {
-    variable MAX_LINE 4095
-    variable terminal [exec stty -g <@stdin]
-}
-
-proc prompt::without_signal {args} { exec stty intr undef {*}$args <@stdin }
-proc prompt::with_signal {} { exec stty $::prompt::terminal <@stdin }
+namespace eval prompt { variable terminal [exec stty -g <@stdin] }
 
 # --- reading ------------------------------------------------------------------------------------
 
 # One line of the terminal, a Ctrl-C at its end if it was left by that.
 proc prompt::plain_line {prompt} {
-    variable MAX_LINE
+    set MAX_LINE 4095
     puts -nonewline $prompt
     flush stdout
     set line {}
@@ -64,11 +58,7 @@ proc prompt::complete {text start end line} {
         return [::tclreadline::ScriptCompleter $text $start $end $line]
     }
     set words [lsearch -all -inline [dict keys $::omrel::entries] $text*]
-    for {set common [lindex $words 0]} {[llength $words] > 1} {} {
-        if {[llength [lsearch -all -glob $words $common*]] == [llength $words]} break
-        set common [string range $common 0 end-1]
-    }
-    concat [list $common] $words
+    concat [list [tcl::prefix longest $words {}]] $words
 }
 
 # A whole command, of several lines if need be; nothing when it was given up.
@@ -99,17 +89,16 @@ set ::_ {}
 set tcl_interactive 1
 interp create prompt::signals
 catch { prompt::signals eval { package require Tclx; signal error SIGINT } }
+set prompt::reading {}
 if {[catch prompt::edit_lines]} {
     interp alias {} prompt::line {} prompt::plain_line
     set prompt::reading {eol ^C}
-} else {
-    set prompt::reading {}
 }
 puts "omrel_bignum [package require omrel_bignum]. Try  big * 123456789 987654321  or  big fact 100"
 puts "help lists the words, help WORD explains one; \$_ is the last answer; exit ends."
 while {true} {
-    prompt::without_signal {*}$prompt::reading
+    exec stty intr undef {*}$prompt::reading <@stdin
     set prompt::next [prompt::command]
-    prompt::with_signal
+    exec stty $prompt::terminal <@stdin
     prompt::run $prompt::next
 }

@@ -8,25 +8,17 @@
 namespace omrel {
 namespace {
 
-void print_pi(void* interp) {
-  const HostVar* pi = get_var(interp, "pi");
-  if (pi == nullptr || pi->value == nullptr) {
-    std::printf("failed to retrieve test var pi\n");
-    return;
-  }
-  // The record's whole address, however wide this system's pointers are.
-  std::printf("Pi is 0x%" PRIxPTR " '%s'\n", reinterpret_cast<std::uintptr_t>(pi), pi->value);
-}
-
-void set_dllvar(void* interp) {
-  std::printf("Setting var dllvar to 123\n");
-  std::printf("result was %i\n", set_var(interp, "dllvar", "123"));
-}
-
 int test_link(void* interp) {
   if (omrel_init(interp) != 0) return 1;
-  print_pi(interp);
-  set_dllvar(interp);
+  const HostVar* pi = get_var(interp, "pi");
+  if (pi != nullptr && pi->value != nullptr) {
+    // The record's whole address, however wide this system's pointers are.
+    std::printf("Pi is 0x%" PRIxPTR " '%s'\n", reinterpret_cast<std::uintptr_t>(pi), pi->value);
+  } else {
+    std::printf("failed to retrieve test var pi\n");
+  }
+  std::printf("Setting var dllvar to 123\n");
+  std::printf("result was %i\n", set_var(interp, "dllvar", "123"));
   return 0;
 }
 

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr const char* COMMENT = "Omrel Tcl Big Number Math Plugin";
-
 constexpr int COMMAND_COUNT = 2;
 constexpr const char* COMMANDS[COMMAND_COUNT] = {"big", "bigtest"};
 constexpr const char* FUNCTIONS[COMMAND_COUNT] = {"quarnCommandBigNum", "quarnCommandBigTest"};
@@ -29,7 +27,7 @@ void prepare_for_foreign_exceptions() {
 
 int _get_dll_version() { return OMREL_VERSION; }
 const char* _get_dll_date() { return OMREL_DATE; }
-const char* _get_dll_comment() { return COMMENT; }
+const char* _get_dll_comment() { return "Omrel Tcl Big Number Math Plugin"; }
 const char* const* _get_command_list() { return COMMANDS; }
 const char* const* _get_function_list() { return FUNCTIONS; }
 int _get_export_count() { return COMMAND_COUNT; }

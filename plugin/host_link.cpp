@@ -3,7 +3,6 @@
 #include "plugin/host_link.h"
 
 #include <cstdio>
-#include <iterator>
 
 #include "support/console.h"
 #include "support/line_marker.h"
@@ -16,27 +15,15 @@ HostCommand* host_commands[5] = {};
 
 namespace {
 
-// A command of the host that must exist, and the location that a report names when it does not.
-struct NeededCommand {
-  const char* name;
-  const char* not_linked;
-};
-
-constexpr NeededCommand NEEDED_COMMANDS[] = {
-    {"eval", "omrel_init: eval not linked\n"},   {"vars", "omrel_init: vars not linked\n"},
-    {"subst", "omrel_init: subst not linked\n"}, {"set", "omrel_init: set not linked\n"},
-    {"expr", "omrel_init: expr not linked\n"},
-};
-
-HostCommand* find_command(void* interp, const char* name) {
-  return host.getCommand == nullptr ? nullptr : host.getCommand(interp, name);
-}
-
 int look_up_commands(void* interp) {
-  for (std::size_t i = 0; i < std::size(NEEDED_COMMANDS); ++i) {
-    const NeededCommand& needed = NEEDED_COMMANDS[i];
-    host_commands[i] = find_command(interp, needed.name);
-    if (host_commands[i] == nullptr) return report_exception(needed.not_linked, nullptr);
+  HostCommand** command = host_commands;
+  for (const char* name : {"eval", "vars", "subst", "set", "expr"}) {
+    *command = host.getCommand == nullptr ? nullptr : host.getCommand(interp, name);
+    if (*command++ == nullptr) {
+      char location[40];
+      std::snprintf(location, sizeof location, "omrel_init: %s not linked\n", name);
+      return report_exception(location, nullptr);
+    }
   }
   host_linked = true;
   return 0;
@@ -62,30 +49,6 @@ int report_exception(const char* location, const char* message) {
   console_reset_colour();
   std::printf("\n");
   return 1;
-}
-
-HostVar* get_var(void* interp, const char* name) {
-  return host.getVar == nullptr ? nullptr : host.getVar(interp, name, -1);
-}
-
-int set_var(void* interp, const char* name, const char* value) {
-  return host.setVar == nullptr ? 1 : host.setVar(interp, name, value, -1);
-}
-
-void set_var_value(HostVar* var, const char* value) {
-  if (host.setVarValue != nullptr) host.setVarValue(var, value, 0);
-}
-
-void free_var_value(HostVar* var) {
-  if (host.freeVarValue != nullptr) host.freeVarValue(var);
-}
-
-void set_result(void* interp, const char* text) {
-  if (host.setResult != nullptr) host.setResult(interp, text, 0);
-}
-
-void free_value(char* value) {
-  if (host.freeValue != nullptr) host.freeValue(value);
 }
 
 }  // namespace omrel

@@ -24,11 +24,28 @@ int omrel_init(void* interp);
 int report_exception(const char* location, const char* message);
 
 // The host's callbacks, each safe when the host passed null: no variable, failure, or nothing.
-HostVar* get_var(void* interp, const char* name);
-int set_var(void* interp, const char* name, const char* value);
-void set_var_value(HostVar* var, const char* value);
-void free_var_value(HostVar* var);
-void set_result(void* interp, const char* text);
-void free_value(char* value);
+inline HostVar* get_var(void* interp, const char* name) {
+  return host.getVar == nullptr ? nullptr : host.getVar(interp, name, -1);
+}
+
+inline int set_var(void* interp, const char* name, const char* value) {
+  return host.setVar == nullptr ? 1 : host.setVar(interp, name, value, -1);
+}
+
+inline void set_var_value(HostVar* var, const char* value) {
+  if (host.setVarValue != nullptr) host.setVarValue(var, value, 0);
+}
+
+inline void free_var_value(HostVar* var) {
+  if (host.freeVarValue != nullptr) host.freeVarValue(var);
+}
+
+inline void set_result(void* interp, const char* text) {
+  if (host.setResult != nullptr) host.setResult(interp, text, 0);
+}
+
+inline void free_value(char* value) {
+  if (host.freeValue != nullptr) host.freeValue(value);
+}
 
 }  // namespace omrel

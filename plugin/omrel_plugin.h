@@ -68,19 +68,13 @@ struct HostCallbackTable {
   OmrelSetVar setVar;
   OmrelSetVarValue setVarValue;
   OmrelFreeVarValue freeVarValue;
-  OmrelUnused unused4;
-  OmrelUnused unused5;
+  OmrelUnused unused4, unused5;
   OmrelGetCommand getCommand;
-  OmrelUnused unused7;
-  OmrelUnused unused8;
+  OmrelUnused unused7, unused8;
   OmrelSetResult setResult;
   OmrelUnused unused10;
   OmrelFreeValue freeValue;
-  OmrelUnused unused12;
-  OmrelUnused unused13;
-  OmrelUnused unused14;
-  OmrelUnused unused15;
-  OmrelUnused unused16;
+  OmrelUnused unused12, unused13, unused14, unused15, unused16;
 };
 
 /* The library's version number, 119 for 1.19. */

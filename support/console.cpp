@@ -1,7 +1,6 @@
 #include "support/console.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +15,6 @@ namespace {
 
 constexpr int MAX_FORMATTED = 10204;        // characters of one console_printf
 constexpr std::size_t MAX_WRITTEN = 52224;  // bytes of one write
-constexpr std::size_t MAX_BOX_CHARACTERS = 256;
 
 // Whether there is a console to write to, after opening one if need be; tells the user if not.
 bool have_console() {
@@ -29,21 +27,6 @@ bool have_console() {
 platform::Handle handle_in_use() {
   if (console_output == platform::NO_HANDLE) console_output = platform::standard_output();
   return console_output;
-}
-
-void show_error_box(const char* text, std::uint32_t code) {
-  std::array<char, MAX_BOX_CHARACTERS + 1> message{};
-  std::snprintf(message.data(), message.size(), "%s: (GetLastError: %lu)", text,
-                static_cast<unsigned long>(code));
-  platform::message_box(message.data(), platform::error_text(code).c_str());
-}
-
-void print_error(std::uint32_t code) {
-  std::string message = platform::error_text(code);
-  message.erase(message.find_last_not_of("\n.") + 1);
-  // The code is asked for again, as the one that is current when the line is printed.
-  std::printf("GetLastError(%li) [%s]\n", static_cast<long>(platform::last_error()),
-              message.c_str());
 }
 
 }  // namespace
@@ -64,18 +47,16 @@ void console_set_colour(std::uint16_t attribute) {
   platform::set_text_attribute(handle_in_use(), attribute);
 }
 
-void console_reset_colour() { console_set_colour(NORMAL_COLOUR); }
-
 bool console_has_colours() { return platform::has_colours(handle_in_use()); }
 
 int console_printf(const char* format, ...) {
   if (!have_console() || format == nullptr) return 0;
-  std::array<char, MAX_FORMATTED + 1> text{};
+  char text[MAX_FORMATTED + 1] = "";
   std::va_list values;
   va_start(values, format);
-  const int length = std::vsnprintf(text.data(), text.size(), format, values);
+  const int length = std::vsnprintf(text, sizeof text, format, values);
   va_end(values);
-  SafeWriteFile(text.data());
+  SafeWriteFile(text);
   return length > MAX_FORMATTED ? -1 : length;
 }
 
@@ -96,11 +77,17 @@ bool SafeWriteFile(const char* text) {
 
 void show_last_error(const char* text, bool in_message_box) {
   const std::uint32_t code = platform::last_error();
+  std::string error = platform::error_text(code);
   if (in_message_box) {
-    show_error_box(text, code);
-  } else {
-    print_error(code);
+    char message[257] = "";
+    std::snprintf(message, sizeof message, "%s: (GetLastError: %lu)", text,
+                  static_cast<unsigned long>(code));
+    platform::message_box(message, error.c_str());
+    return;
   }
+  error.erase(error.find_last_not_of("\n.") + 1);
+  // The code is asked for again, as the one that is current when the line is printed.
+  std::printf("GetLastError(%li) [%s]\n", static_cast<long>(platform::last_error()), error.c_str());
 }
 
 void fatal_exit(const char* message, int status) {

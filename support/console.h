@@ -24,7 +24,7 @@ platform::Handle console_open(bool force);
 
 // Sets the text attribute of what is written next; reset returns to grey on black.
 void console_set_colour(std::uint16_t attribute);
-void console_reset_colour();
+inline void console_reset_colour() { console_set_colour(NORMAL_COLOUR); }
 
 // Whether setting it changes anything.
 bool console_has_colours();

@@ -5,7 +5,7 @@
 
 namespace omrel {
 
-extern std::int32_t line_marker;
+inline std::int32_t line_marker = 0;
 
 // Stores the caller's source line.
 inline void mark_line(std::int32_t line = __builtin_LINE()) { line_marker = line; }

@@ -1,7 +1,6 @@
 #include "support/text.h"
 
 #include <cstring>
-#include <utility>
 
 namespace omrel {
 namespace {
@@ -14,26 +13,8 @@ std::size_t length_up_to(const char* text, std::size_t n) {
 
 // How many times the character stands at the text's start.
 std::size_t leading_run(const char* text, char character) {
-  std::size_t n = 0;
-  while (text[n] != '\0' && text[n] == character) {
-    ++n;
-  }
-  return n;
-}
-
-// Appends n characters to the holder's heap text, then a NUL; see string_append. Characters of that
-// text itself move with it.
-char* append_characters(char** holder, const char* characters, std::size_t n) {
-  const std::size_t old_length = *holder == nullptr ? 0 : std::strlen(*holder);
-  const auto at = reinterpret_cast<std::uintptr_t>(characters);
-  const std::uintptr_t offset = at - reinterpret_cast<std::uintptr_t>(*holder);
-  const bool is_own = *holder != nullptr && offset <= old_length;
-  auto* grown = static_cast<char*>(std::realloc(*holder, old_length + n + 1));
-  if (grown == nullptr) return nullptr;
-  std::memcpy(grown + old_length, is_own ? grown + offset : characters, n);
-  grown[old_length + n] = '\0';
-  *holder = grown;
-  return grown;
+  const char accepted[] = {character, '\0'};
+  return std::strspn(text, accepted);
 }
 
 }  // namespace
@@ -48,12 +29,8 @@ char* copy_text_n(char* destination, const char* source, std::size_t n) {
 
 char* append_text_n(char* destination, const char* source, std::size_t n) {
   if (destination == nullptr) return nullptr;
-  char* end = destination + std::strlen(destination);
-  if (source == nullptr) return end;
-  const std::size_t length = length_up_to(source, n);
-  std::memcpy(end, source, length);
-  end[length] = '\0';
-  return end + length;
+  char* added = copy_text_n(destination + std::strlen(destination), source, n);
+  return added + std::strlen(added);
 }
 
 std::size_t char_position(const char* text, char character) {
@@ -74,8 +51,8 @@ char* remove_leading(char* text, std::size_t n, char fill) {
 
 char* strip_leading_char(char* text, char character) {
   if (text == nullptr) return text;
-  const std::size_t n = leading_run(text, character);
-  if (n > 0) std::memmove(text, text + n, std::strlen(text + n) + 1);
+  const char* rest = text + leading_run(text, character);
+  std::memmove(text, rest, std::strlen(rest) + 1);
   return text;
 }
 
@@ -87,13 +64,19 @@ int all_chars_are(const char* text, char character) {
 char* string_append(char** holder, const char* text, std::ptrdiff_t n) {
   if (holder == nullptr) return nullptr;
   if (text == nullptr) return *holder;
-  const std::size_t length =
+  const std::size_t added =
       n < 1 ? std::strlen(text) : length_up_to(text, static_cast<std::size_t>(n));
-  return append_characters(holder, text, length);
-}
-
-char* string_append_char(char** holder, char character) {
-  return holder == nullptr ? nullptr : append_characters(holder, &character, 1);
+  const std::size_t length = *holder == nullptr ? 0 : std::strlen(*holder);
+  // Characters of the growing text itself move with it.
+  const auto at = reinterpret_cast<std::uintptr_t>(text);
+  const std::uintptr_t offset = at - reinterpret_cast<std::uintptr_t>(*holder);
+  const bool is_own = *holder != nullptr && offset <= length;
+  auto* grown = static_cast<char*>(std::realloc(*holder, length + added + 1));
+  if (grown == nullptr) return nullptr;
+  std::memcpy(grown + length, is_own ? grown + offset : text, added);
+  grown[length + added] = '\0';
+  *holder = grown;
+  return grown;
 }
 
 void free_and_null(char** holder) {
@@ -101,7 +84,5 @@ void free_and_null(char** holder) {
   std::free(*holder);
   *holder = nullptr;
 }
-
-void swap_words(std::int32_t& x, std::int32_t& y) { std::swap(x, y); }
 
 }  // namespace omrel

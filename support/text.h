@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace omrel {
 
@@ -43,12 +44,14 @@ int all_chars_are(const char* text, char character);
 char* string_append(char** holder, const char* text, std::ptrdiff_t n);
 
 // Appends one character; as string_append.
-char* string_append_char(char** holder, char character);
+inline char* string_append_char(char** holder, char character) {
+  return string_append(holder, &character, 1);
+}
 
 // Frees the heap text and sets the holder to null.
 void free_and_null(char** holder);
 
 // Exchanges two words.
-void swap_words(std::int32_t& x, std::int32_t& y);
+inline void swap_words(std::int32_t& x, std::int32_t& y) { std::swap(x, y); }
 
 }  // namespace omrel

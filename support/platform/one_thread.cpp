@@ -7,35 +7,24 @@
 #include <pthread.h>
 
 #include <cerrno>
+#include <iterator>
+#include <utility>
 
 namespace {
 
-class Keys {
- public:
+struct Keys {
   ~Keys() {
-    for (pthread_key_t key = 0; key < count; ++key) release(all[key]);
+    for (Key& key : all) {
+      void* value = std::exchange(key.value, nullptr);
+      if (value != nullptr && key.destructor != nullptr) key.destructor(value);
+    }
   }
-  int create(pthread_key_t* key, void (*destructor)(void*)) {
-    if (count == MAX_KEYS) return EAGAIN;
-    all[count].destructor = destructor;
-    *key = count++;
-    return 0;
-  }
-  void*& value(pthread_key_t key) { return all[key].value; }
 
- private:
-  static constexpr pthread_key_t MAX_KEYS = 8;  // the runtime takes one or two
   struct Key {
     void* value;
     void (*destructor)(void*);
   };
-  static void release(Key& key) {
-    void* value = key.value;
-    key.value = nullptr;
-    if (value != nullptr && key.destructor != nullptr) key.destructor(value);
-  }
-
-  Key all[MAX_KEYS] = {};
+  Key all[8] = {};  // the runtime takes one or two
   pthread_key_t count = 0;
 };
 
@@ -61,15 +50,18 @@ int pthread_cond_broadcast(pthread_cond_t*) { return 0; }
 int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t*) { return 0; }
 
 int pthread_key_create(pthread_key_t* key, void (*destructor)(void*)) {
-  return keys.create(key, destructor);
-}
-int pthread_key_delete(pthread_key_t key) {
-  keys.value(key) = nullptr;
+  if (keys.count == std::size(keys.all)) return EAGAIN;
+  keys.all[keys.count].destructor = destructor;
+  *key = keys.count++;
   return 0;
 }
-void* pthread_getspecific(pthread_key_t key) { return keys.value(key); }
+int pthread_key_delete(pthread_key_t key) {
+  keys.all[key].value = nullptr;
+  return 0;
+}
+void* pthread_getspecific(pthread_key_t key) { return keys.all[key].value; }
 int pthread_setspecific(pthread_key_t key, const void* value) {
-  keys.value(key) = const_cast<void*>(value);
+  keys.all[key].value = const_cast<void*>(value);
   return 0;
 }
 

@@ -21,28 +21,14 @@ constexpr const char* UTF8_BLOCK = "\xE2\x96\xA0";  // U+25A0
 
 int descriptor_of(Handle handle) { return static_cast<int>(handle); }
 
-bool write_all(int descriptor, const char* bytes, std::size_t byte_count) {
-  while (byte_count > 0) {
-    const ssize_t written = ::write(descriptor, bytes, byte_count);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes += written;
-    byte_count -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
-// A console colour has red in bit 2 and blue in bit 0, a terminal colour the other way round.
-unsigned terminal_colour(unsigned colour) {
-  return (colour & 1U) << 2U | (colour & 2U) | (colour & 4U) >> 2U;
-}
-
 // Grey on black is the terminal's own look, and its background stays, but for black on black, which
 // must be invisible on a light terminal too. The bright half of the colours stands 60 higher.
 std::string colour_sequence(std::uint16_t attribute) {
   if (attribute == 7) return "\033[0m";
-  const unsigned colour = ((attribute & 8U) != 0 ? 90U : 30U) + terminal_colour(attribute);
-  return "\033[0;" + std::to_string(colour) + (attribute == 0 ? ";40m" : "m");
+  // A console colour has red in bit 2 and blue in bit 0, a terminal colour the other way round.
+  const unsigned colour = (attribute & 1U) << 2U | (attribute & 2U) | (attribute & 4U) >> 2U;
+  const unsigned black = (attribute & 8U) != 0 ? 90 : 30;
+  return "\033[0;" + std::to_string(black + colour) + (attribute == 0 ? ";40m" : "m");
 }
 
 // The locale that governs characters: the first of the three that is set and not empty.
@@ -83,14 +69,20 @@ bool has_colours(Handle handle) {
 
 void set_text_attribute(Handle handle, std::uint16_t attribute) {
   if (!has_colours(handle)) return;
-  std::fflush(stdout);
   const std::string sequence = colour_sequence(attribute);
-  write_all(descriptor_of(handle), sequence.data(), sequence.size());
+  write(handle, sequence.data(), sequence.size());
 }
 
 bool write(Handle handle, const char* bytes, std::size_t byte_count) {
   std::fflush(stdout);
-  return write_all(descriptor_of(handle), bytes, byte_count);
+  while (byte_count > 0) {
+    const ssize_t written = ::write(descriptor_of(handle), bytes, byte_count);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    bytes += written;
+    byte_count -= static_cast<std::size_t>(written);
+  }
+  return true;
 }
 
 const char* block() {
