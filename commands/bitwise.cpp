@@ -1,7 +1,5 @@
 // Bitwise words, powers, the selectors, the random draw and the shifts.
 #include "commands/operator_table.h"
-#include "commands/width.h"
-#include "support/line_marker.h"
 
 namespace omrel {
 namespace {
@@ -25,44 +23,26 @@ int combine(const Call& call, bignum (bignum::*with)(const bignum&, std::int32_t
 
 }  // namespace
 
-std::int32_t width_of(const Call& call) {
-  const std::int32_t width = call.count >= 5 ? parse_count(call.text(4)) : 0;
-  return width < 1 ? 0 : width;
-}
+int op_and(const Call& call) { return combine(call, &bignum::bit_and); }
 
-int op_and(const Call& call) {
-  mark_line();
-  return combine(call, &bignum::bit_and);
-}
+int op_or(const Call& call) { return combine(call, &bignum::bit_or); }
 
-int op_or(const Call& call) {
-  mark_line();
-  return combine(call, &bignum::bit_or);
-}
-
-int op_xor(const Call& call) {
-  mark_line();
-  return hand_over(call, operand(call, 2) ^ operand(call, 3));
-}
+int op_xor(const Call& call) { return hand_over(call, operand(call, 2) ^ operand(call, 3)); }
 
 int op_power(const Call& call) {
-  mark_line();
   return hand_over(call, bignum::pow(operand(call, 2), parse_count(call.text(3))));
 }
 
 int op_max(const Call& call) {
-  mark_line();
   return hand_over(call, bignum::max(operand(call, 2), operand(call, 3)));
 }
 
 int op_min(const Call& call) {
-  mark_line();
   return hand_over(call, bignum::min(operand(call, 2), operand(call, 3)));
 }
 
 // The answer is what the draw leaves in r: 0, not the lower bound, when no value was found.
 int op_random(const Call& call) {
-  mark_line();
   const bignum low = operand(call, 2);
   const bignum high = operand(call, 3);
   bignum r(0);
@@ -71,12 +51,10 @@ int op_random(const Call& call) {
 }
 
 int op_shift_left(const Call& call) {
-  mark_line();
   return hand_over(call, shift(call, &bignum::shift_left, &bignum::shift_left));
 }
 
 int op_shift_right(const Call& call) {
-  mark_line();
   return hand_over(call, shift(call, &bignum::shift_right, &bignum::shift_right));
 }
 

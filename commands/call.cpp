@@ -1,5 +1,7 @@
 #include "commands/call.h"
 
+#include <algorithm>
+
 #include "plugin/host_link.h"
 #include "support/line_marker.h"
 
@@ -19,6 +21,10 @@ std::int32_t parse_count(const char* text) {
     value = value * 10 + static_cast<std::uint32_t>(*text - '0');
   }
   return static_cast<std::int32_t>(negative ? 0 - value : value);
+}
+
+std::int32_t width_of(const Call& call) {
+  return call.count < 5 ? 0 : std::max(parse_count(call.text(4)), 0);
 }
 
 int refuse(const Call& call, const char* message, std::int32_t line) {

@@ -53,6 +53,10 @@ bignum operand(const Call& call, int i, std::int32_t line = __builtin_LINE());
 // Reads a count as 32 bits wide atol does: white space, one sign, digits; the value wraps.
 std::int32_t parse_count(const char* text);
 
+// The optional fifth text of "&", "|", "<<", ">>", "&=" and "|=": a width in bits; 0 when the call
+// gives none or one below 1.
+std::int32_t width_of(const Call& call);
+
 // Reports an error of the script's on the console, naming the command and the line of the caller
 // (or the one given, which is its caller's), and returns 1.
 int refuse(const Call& call, const char* message, std::int32_t line = __builtin_LINE());

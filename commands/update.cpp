@@ -3,7 +3,6 @@
 // The old value is released only when the answer and its text are there, so a failure on the way
 // leaves the variable as it was.
 #include "commands/operator_table.h"
-#include "commands/width.h"
 #include "plugin/host_link.h"
 #include "support/line_marker.h"
 

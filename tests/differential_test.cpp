@@ -108,6 +108,7 @@ TEST(Extremes, LongestPowersEveryFactorialAndFibonacciNumber) {
     const mpz_class root = power(2, n) - 1;
     for (const int step : {-1, 0, 1}) check_each("sqrt", root * root + step);
   }
+  EXPECT_EQ(check({"big", ">>", std::string(300, '0') + "5", "1", "200"}), 1);
   // Where a conversion takes another way, and where its blocks meet.
   for (const unsigned n : {504U, 505U, 1600U, 1601U}) check_each("inttobin ~", power(10, n) - 1);
   for (const unsigned n : {1664U, 3840U, 5616U, 11232U, 14080U, 16848U}) {

@@ -16,11 +16,10 @@ namespace {
 constexpr int STEP_DIGITS = 19;
 constexpr Limb TWO_LIMBS = LIMB_BASE * LIMB_BASE;
 
-// So many bits of a number from bit `first` on, zeros above it.
+// So many bits of a number from bit `first` on, which it has.
 Limb bits_at(const Binary& binary, int first, int count) {
   const int i = first / BINARY_LIMB_BITS;
   const int offset = first % BINARY_LIMB_BITS;
-  if (i >= binary.count()) return 0;
   Limb bits = binary.limb()[i] >> offset;
   if (offset + count > BINARY_LIMB_BITS && i + 1 < binary.count()) {
     bits |= binary.limb()[i + 1] << (BINARY_LIMB_BITS - offset);
@@ -186,7 +185,7 @@ int store(char* digits, const Binary& binary) {
   if (binary.count() <= FEW_LIMBS) return multiply_out(digits, binary);
   Lanes lanes;
   const int count = (bit_count(binary) + LANE_BITS - 1) / LANE_BITS;
-  unpack(lanes.limb(), count, binary);
+  for (int i = 0; i < count; ++i) lanes.limb()[i] = bits_at(binary, i * LANE_BITS, LANE_BITS);
   lanes.trim(count);
   Magnitude decimal;
   to_decimal(decimal, lanes);
@@ -208,10 +207,6 @@ void pack(Binary& binary, const Limb* lanes, int count) {
   }
   *limb++ = bits;
   binary.trim(static_cast<int>(limb - binary.limb()));
-}
-
-void unpack(Limb* lanes, int count, const Binary& binary) {
-  for (int i = 0; i < count; ++i) lanes[i] = bits_at(binary, i * LANE_BITS, LANE_BITS);
 }
 
 int bit_count(const Binary& binary) {

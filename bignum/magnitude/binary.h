@@ -19,9 +19,8 @@ void load(Binary& binary, const char* digits, int length);
 // the count without leading zeros: 0 for zero. Cost: as load, with divisions.
 int store(char* digits, const Binary& binary);
 
-// Between limbs and lanes, limbs of LANE_BITS, `count` of them; those above the number are zero.
+// The number of so many lanes, limbs of LANE_BITS.
 void pack(Binary& binary, const Limb* lanes, int count);
-void unpack(Limb* lanes, int count, const Binary& binary);
 
 // Bits of a number, 0 for zero.
 int bit_count(const Binary& binary);
