@@ -92,7 +92,7 @@ void bignum::add(const bignum& b) {
 }
 
 bool bignum::step_lowest(bool up) {
-  if (negative != 0 || !plain || length == 0) return false;
+  if (negative != 0 || !plain) return false;
   constexpr std::uint64_t ONE = ASCII_ZEROS + 1;
   const std::uint64_t mask = length < 8 ? ~(~std::uint64_t{0} << (8 * length)) : ~std::uint64_t{0};
   const std::uint64_t word = load_word(vlstr) & mask;

@@ -8,9 +8,9 @@
 namespace omrel {
 namespace {
 
-// The length without leading zeros, but one for a text of zeros only and zero for no text.
+// The length without leading zeros, but one at least: an empty text has its NUL, below any digit.
 int top_length(const char* text, int length) {
-  return length == 0 ? 0 : std::max(significant_length(text, length), 1);
+  return std::max(significant_length(text, length), 1);
 }
 
 // Compares characters as signed codes from the top, and reads no byte behind them.

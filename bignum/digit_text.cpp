@@ -87,7 +87,7 @@ int length_without_zeros(const char* text, int length) {
   while (length >= 8 && load_word(text + length - 8) == ASCII_ZEROS) length -= 8;
   const int first = length >= 8 ? length - 8 : 0;
   const std::uint64_t top = load_tail_or_word(text + first, length - first) ^ ASCII_ZEROS;
-  return top == 0 ? 0 : first + 8 - std::countl_zero(top) / 8;
+  return first + 8 - std::countl_zero(top) / 8;
 }
 
 int compare_padded(const char* x, const char* y, int length) {

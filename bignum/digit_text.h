@@ -153,7 +153,7 @@ inline int significant_length(const char* text, int length) {
   return length == 0 || text[length - 1] != '0' ? length : length_without_zeros(text, length);
 }
 
-// Compare two padded texts of one length, and two texts that are not both empty and have no leading
+// Compare two padded texts of one length, and two texts that are not empty and have no leading
 // zeros: -1, 0 or 1.
 int compare_padded(const char* x, const char* y, int length);
 int compare_significant(const char* x, int x_length, const char* y, int y_length);

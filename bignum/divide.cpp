@@ -59,8 +59,7 @@ Way exit_of(const bignum& a, const bignum& d) {
   if (is_zero(d)) fail_on_zero();
   if (a == d) return Way::ONE;
   if (a.equals_digit('0')) return Way::ZERO;
-  if (a.negative == 0 && d.negative == 0 && a < d) return Way::ZERO_LEAVING_DIVIDEND;
-  if (a.negative != 0 && d.negative != 0 && a > d) return Way::ZERO_LEAVING_DIVIDEND;
+  if (a.negative != 0 ? a > d : a < d) return Way::ZERO_LEAVING_DIVIDEND;  // of equal signs
   return is_zero(a) ? Way::ZERO : Way::LIMBS;
 }
 

@@ -54,7 +54,7 @@ std::uint32_t next_output() {
 
 // Draws numbers without looking at them.
 void skip_outputs(int count) {
-  if (count > 0 && !seeded) mt_randomize(0);
+  if (!seeded) mt_randomize(0);
   while (count > 0) {
     if (position >= WORDS) make_words();
     const int skipped = std::min(count, WORDS - position);
@@ -94,8 +94,8 @@ class Attempts {
       }
     }
     candidate.end_digits(n, 0);
-    if (candidate < low || candidate > high) candidate.drop_digit();
-    return !(candidate < low) && !(candidate > high);
+    if (candidate > high) candidate.drop_digit();
+    return candidate >= low && candidate <= high;
   }
 
  private:
