@@ -222,10 +222,7 @@ class bignum {
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
   [[noreturn, gnu::cold, gnu::noinline]] void overflow_unfinished();
-  bignum add_signed(const bignum& b, std::int16_t b_negative);
-  bignum add_plain(const bignum& b, std::int16_t b_negative);
   void set_to_half(const bignum& b);
-  [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
 };
 
 // Here, since every call makes and releases a few values.
@@ -277,7 +274,7 @@ class Digits {
 
 // Compares two magnitudes given as digit texts: -1, 0 or 1. Leading zeros are ignored; an empty
 // text orders below one of zeros; null texts compare as equal.
-int compare_digits(const char* x, const char* y);
+[[gnu::cold, gnu::noinline]] int compare_digits(const char* x, const char* y);
 
 // Compares the magnitudes of two values that hold digits only; as compare_digits.
 int compare_magnitudes(const bignum& a, const bignum& b);

@@ -148,6 +148,9 @@ void subtract_digits(char* difference, const char* x, int x_length, const char* 
     subtract_word(i, load_padded(x + i), ASCII_ZEROS);
   }
   if (i < x_length) copy_rest(difference, x, i, x_length);
+  if (x_length < y_length) {
+    std::memset(difference + x_length, '0', static_cast<std::size_t>(y_length - x_length));
+  }
 }
 
 int halve_long_digits(char* half, const char* x, int length) {

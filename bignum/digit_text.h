@@ -181,8 +181,8 @@ inline int add_digits(char* sum, const char* x, int x_length, const char* y, int
   return static_cast<int>((total >> (8 * x_length)) & 1);
 }
 
-// Writes x - y for x >= y, padded texts, as many digits as x has; y may have more, then zeros. The
-// destination may be x.
+// Writes x - y for x >= y, padded texts, as many digits as the longer has. The destination may be
+// x.
 void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
 
 // As halve_digits for any length.
