@@ -203,10 +203,8 @@ class bignum {
   // all when no draw falls between the bounds, which makes the object 0 and returns low.
   bignum rnd(const bignum& low, const bignum& high);
 
-  // Ends the characters that an operation has written into vlstr.
-  // Errors: a length of MAX_DIGITS or more ends the process with overflow().
-  void end_text(int new_length);
-  // The same for digits, with their sign flag.
+  // Ends the digits that an operation has written into vlstr.
+  // Errors: MAX_DIGITS or more of them end the process with overflow().
   void end_digits(int digit_count, std::int16_t sign);
 
   // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
@@ -221,7 +219,6 @@ class bignum {
  private:
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
-  [[noreturn, gnu::cold, gnu::noinline]] void overflow_unfinished();
   void set_to_half(const bignum& b);
 };
 
@@ -240,17 +237,13 @@ inline bignum::~bignum() {
   negative = 0;
 }
 
-inline void bignum::end_text(int new_length) {
-  if (new_length >= MAX_DIGITS) overflow();
-  // In one store with the last characters, which are read next as one word.
-  const auto n = static_cast<unsigned>(new_length);
+inline void bignum::end_digits(int digit_count, std::int16_t sign) {
+  if (digit_count >= MAX_DIGITS) overflow();
+  // In one store with the last digits, which are read next as one word.
+  const auto n = static_cast<unsigned>(digit_count);
   char* last = vlstr + (n & ~7U);
   store_word(last, load_few(last, static_cast<int>(n & 7U)));
-  length = new_length;
-}
-
-inline void bignum::end_digits(int digit_count, std::int16_t sign) {
-  end_text(digit_count);
+  length = digit_count;
   negative = sign;
   plain = true;
 }
