@@ -93,8 +93,4 @@ bool bignum::step_lowest(bool up) {
   return true;
 }
 
-bignum bignum::increment() { return *this + bignum(1); }
-
-bignum bignum::decrement() { return *this - bignum(1); }
-
 }  // namespace omrel

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <utility>
 
@@ -55,7 +56,7 @@ class bignum {
   // A text without a sign takes `default_sign`, an empty or null text gives an empty value.
   // Errors: MAX_DIGITS or more characters behind the sign end the process with overflow().
   bignum(const char* text, std::int16_t default_sign);
-  explicit bignum(int value);
+  explicit bignum(int value) : bignum(static_cast<long>(value)) {}
   explicit bignum(long value);
   bignum(const bignum& b);
   // Leaves `b` without digits.
@@ -68,8 +69,7 @@ class bignum {
   // Exchanges the two values.
   void operator=(bignum&& b) noexcept;
 
-  // Returns the value's DecimalText (text_form.h) as a new heap text, to be freed with free(). Null
-  // when there is no memory.
+  // Returns the value's DecimalText (text_form.h) as a heap text for free(), null without memory.
   char* to_string() const;
 
   std::int16_t get_sign() const { return negative; }
@@ -81,19 +81,18 @@ class bignum {
   bignum get_remainder() const;
 
   // Orders by sign flag first, then by magnitude; see compare_signed.
-  bool operator==(const bignum& b) const;
-  bool operator!=(const bignum& b) const;
-  bool operator<(const bignum& b) const;
-  bool operator>(const bignum& b) const;
-  bool operator<=(const bignum& b) const;
-  bool operator>=(const bignum& b) const;
+  bool operator==(const bignum& b) const { return compare(*this, b) == 0; }
+  bool operator!=(const bignum& b) const { return compare(*this, b) != 0; }
+  bool operator<(const bignum& b) const { return compare(*this, b) < 0; }
+  bool operator>(const bignum& b) const { return compare(*this, b) > 0; }
+  bool operator<=(const bignum& b) const { return compare(*this, b) <= 0; }
+  bool operator>=(const bignum& b) const { return compare(*this, b) >= 0; }
   // Whether the value equals a digit, as operator== sees it: a negative zero does not equal 0.
   bool equals_digit(char digit) const;
   // Compares a with b; the object plays no part.
   int compare(const bignum& a, const bignum& b) const;
 
   // Return a + b and a - b, a being the object.
-  //
   // Result:  as many digits as the longer operand, one more on a final carry; not normalised.
   // Leaves:  b as it was; a's digits too, but its sign flag as the tables in add.cpp show.
   // Errors:  a sum of MAX_DIGITS digits ends the process.
@@ -104,19 +103,18 @@ class bignum {
   void add(const bignum& b);
 
   // Return the value plus and minus one, with the same effect on the object's sign flag.
-  bignum increment();
-  bignum decrement();
+  bignum increment() { return *this + bignum(1); }
+  bignum decrement() { return *this - bignum(1); }
   // Does that in place, up or down, where no more than the lowest eight digits and no sign flag
   // change; false, and nothing done, elsewhere.
   bool step_lowest(bool up);
 
   // Whether the lowest stored character has an even code; false for an empty value.
-  bool is_even() const;
+  bool is_even() const { return length >= 1 && (vlstr[0] & 1) == 0; }
 
   // Returns a * b. A zero product of unlike signs is a negative zero.
   // Result:  both lengths less one digits, one more if the top digit is not zero.
   // Errors:  a product of MAX_DIGITS digits ends the process.
-  // Cost:    schoolbook on limbs of eight digits; half as much for a product with itself.
   bignum operator*(const bignum& b) const;
   // Returns the magnitude times a digit m from 0 to 9, never negative.
   bignum multiply_digit(int m) const;
@@ -127,16 +125,14 @@ class bignum {
   // Returns the quotient a / d truncated toward zero. It carries the remainder as a text, unless
   // divisor, dividend or their equality made the search needless; see divide.cpp.
   // Errors:  a zero divisor prints a line on standard output and throws EngineFailure.
-  // Cost:    long division on limbs; with the debug switch on the traced search.
   bignum operator/(const bignum& d) const;
-  // As operator/, but the quotient carries no remainder text, which takes half the time.
+  // As operator/, but the quotient carries no remainder text.
   bignum quotient(const bignum& d) const;
-  // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated, in one division. False, with q
-  // as it was, where that says less than the division step by step: where this must be shown, may
-  // be too long or meets other characters than digits, and for places that are all zeros although
-  // something may be left.
+  // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated. False, with q as it was, where
+  // the steps of that must be shown, it may be too long or meets other characters than digits, and
+  // for places that are all zeros although something may be left.
   bool fixed_quotient(bignum& q, const bignum& d) const;
-  // The same for values of few digits, in half the time; false for others.
+  // The same for values of few digits; false for others.
   bool fixed_quotient(FixedWords& q, const bignum& d) const;
   // Returns the value of the remainder text that operator/ leaves: the remainder of the magnitudes,
   // not negative; but of two negative operands the dividend itself when it is nearer to zero.
@@ -160,7 +156,7 @@ class bignum {
   // Returns the n-th Fibonacci number, 1 for a negative n.
   static bignum fib(std::int32_t n);
   // Returns the largest value whose square does not exceed n, for n >= 0.
-  // Negative n: what Newton's steps lead to, a root of no use; see power.cpp.
+  // Negative n: what Newton's steps lead to, a root of no use; see root.cpp.
   // Errors:     steps that meet a zero divisor fail as operator/ does, steps that circle throw
   //             EngineFailure.
   static bignum sqrt(const bignum& n);
@@ -170,8 +166,8 @@ class bignum {
 
   // Whether the value has a binary form: neither negative, nor a negative zero, nor without digits.
   bool has_binary_form() const { return negative == 0 && length > 0; }
-  // Returns the value's BinaryText (text_form.h) as a new heap text, to be freed with free(). Null
-  // without a binary form, and when there is no memory.
+  // Returns the value's BinaryText (text_form.h) as a heap text for free(), null without a binary
+  // form and without memory.
   static char* inttobin(const bignum& x);
   // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
   // counts as a zero; a null text is 0.
@@ -208,7 +204,7 @@ class bignum {
   void end_digits(int digit_count, std::int16_t sign);
 
   // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
-  int text_length() const;
+  int text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
 
   char* vlstr;            // the digits, least significant first, padded; owned (digit_text.h)
   std::int32_t length;    // characters in vlstr

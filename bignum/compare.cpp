@@ -1,4 +1,4 @@
-// Comparison, and parity.
+// Comparison.
 #include <algorithm>
 #include <cstring>
 
@@ -18,13 +18,6 @@ int top_index(const char* text) {
   int top = static_cast<int>(std::strlen(text)) - 1;
   while (top > 0 && text[top] == '0') --top;
   return top;
-}
-
-int compare_values(const bignum& a, const bignum& b) {
-  if ((a.negative != 0) != (b.negative != 0)) return a.negative != 0 ? -1 : 1;
-  const bignum& x = a.negative != 0 ? b : a;
-  const bignum& y = a.negative != 0 ? a : b;
-  return x.plain && y.plain ? compare_magnitudes(x, y) : compare_digits(x.vlstr, y.vlstr);
 }
 
 }  // namespace
@@ -54,19 +47,15 @@ int compare_signed(const char* x, int x_negative, const char* y, int y_negative)
   return x_negative != 0 ? -compare_digits(x, y) : compare_digits(x, y);
 }
 
-int bignum::compare(const bignum& a, const bignum& b) const { return compare_values(a, b); }
+int bignum::compare(const bignum& a, const bignum& b) const {
+  if ((a.negative != 0) != (b.negative != 0)) return a.negative != 0 ? -1 : 1;
+  const bignum& x = a.negative != 0 ? b : a;
+  const bignum& y = a.negative != 0 ? a : b;
+  return x.plain && y.plain ? compare_magnitudes(x, y) : compare_digits(x.vlstr, y.vlstr);
+}
 
 bool bignum::equals_digit(char digit) const {
   return negative == 0 && vlstr[0] == digit && top_length(vlstr, text_length()) == 1;
 }
-
-bool bignum::operator==(const bignum& b) const { return compare_values(*this, b) == 0; }
-bool bignum::operator!=(const bignum& b) const { return compare_values(*this, b) != 0; }
-bool bignum::operator<(const bignum& b) const { return compare_values(*this, b) < 0; }
-bool bignum::operator>(const bignum& b) const { return compare_values(*this, b) > 0; }
-bool bignum::operator<=(const bignum& b) const { return compare_values(*this, b) <= 0; }
-bool bignum::operator>=(const bignum& b) const { return compare_values(*this, b) >= 0; }
-
-bool bignum::is_even() const { return length >= 1 && (vlstr[0] & 1) == 0; }
 
 }  // namespace omrel

@@ -81,8 +81,6 @@ void bignum::read_up_to_point(const char* text) {
   plain = reverse_into_buffer(vlstr, text, length);
 }
 
-bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
-
 bignum::bignum(long value) : bignum() {
   const auto bits = static_cast<unsigned long>(value);
   set(*this, value < 0 ? 0 - bits : bits);
@@ -117,8 +115,6 @@ void bignum::operator=(bignum&& b) noexcept {
   std::swap(remainder_text, b.remainder_text);
   std::swap(plain, b.plain);
 }
-
-int bignum::text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
 
 char* bignum::to_string() const { return heap_text(DecimalText(*this)); }
 
