@@ -5,6 +5,7 @@
 // and the random generator (random.cpp).
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -266,7 +267,13 @@ class Digits {
 [[gnu::cold, gnu::noinline]] int compare_digits(const char* x, const char* y);
 
 // Compares the magnitudes of two values that hold digits only; as compare_digits.
-int compare_magnitudes(const bignum& a, const bignum& b);
+inline int compare_magnitudes(const bignum& a, const bignum& b) {
+  if (a.length == b.length) return compare_padded(a.vlstr, b.vlstr, a.length);
+  // An empty text has its NUL, below any digit.
+  const int a_length = std::max(significant_length(a.vlstr, a.length), 1);
+  const int b_length = std::max(significant_length(b.vlstr, b.length), 1);
+  return compare_significant(a.vlstr, a_length, b.vlstr, b_length);
+}
 
 // Compares signed values given as digit text and sign flag: a set flag orders below a clear one
 // whatever the magnitudes, so a negative zero is below zero.

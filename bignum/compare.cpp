@@ -1,5 +1,4 @@
 // Comparison.
-#include <algorithm>
 #include <cstring>
 
 #include "bignum/bignum.h"
@@ -7,11 +6,6 @@
 
 namespace omrel {
 namespace {
-
-// The length without leading zeros, but one at least: an empty text has its NUL, below any digit.
-int top_length(const char* text, int length) {
-  return std::max(significant_length(text, length), 1);
-}
 
 // The index of the highest character that is not a leading zero: -1 of no text, 0 of zeros only.
 int top_index(const char* text) {
@@ -21,12 +15,6 @@ int top_index(const char* text) {
 }
 
 }  // namespace
-
-int compare_magnitudes(const bignum& a, const bignum& b) {
-  return a.length == b.length ? compare_padded(a.vlstr, b.vlstr, a.length)
-                              : compare_significant(a.vlstr, top_length(a.vlstr, a.length), b.vlstr,
-                                                    top_length(b.vlstr, b.length));
-}
 
 int compare_digits(const char* x, const char* y) {
   if (x == nullptr || y == nullptr) return 0;
@@ -55,7 +43,7 @@ int bignum::compare(const bignum& a, const bignum& b) const {
 }
 
 bool bignum::equals_digit(char digit) const {
-  return negative == 0 && vlstr[0] == digit && top_length(vlstr, text_length()) == 1;
+  return negative == 0 && vlstr[0] == digit && significant_length(vlstr, text_length()) <= 1;
 }
 
 }  // namespace omrel
