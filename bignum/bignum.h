@@ -57,7 +57,7 @@ class bignum {
   // A text without a sign takes `default_sign`, an empty or null text gives an empty value.
   // Errors: MAX_DIGITS or more characters behind the sign end the process with overflow().
   bignum(const char* text, std::int16_t default_sign);
-  explicit bignum(int value) : bignum(static_cast<long>(value)) {}
+  explicit bignum(int value);
   explicit bignum(long value);
   bignum(const bignum& b);
   // Leaves `b` without digits.

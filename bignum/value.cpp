@@ -81,6 +81,8 @@ void bignum::read_up_to_point(const char* text) {
   plain = reverse_into_buffer(vlstr, text, length);
 }
 
+bignum::bignum(int value) : bignum(static_cast<long>(value)) {}
+
 bignum::bignum(long value) : bignum() {
   const auto bits = static_cast<unsigned long>(value);
   set(*this, value < 0 ? 0 - bits : bits);
