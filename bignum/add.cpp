@@ -8,7 +8,6 @@
 //   clear  set    |a| - |b|                     set if |a| < |b|, else clear
 //   equal         |a| + |b| with a's flag       clear if the sum is all zeros, else unchanged
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 
 #include "bignum/bignum.h"
@@ -19,25 +18,17 @@ namespace {
 
 // Writes |a| + |b| into sum and returns its length; the sum is not ended.
 int digit_sum(bignum& sum, const bignum& a, const bignum& b) {
-  const bignum& longer = a.length >= b.length ? a : b;
-  const bignum& shorter = a.length >= b.length ? b : a;
-  const int n = longer.length;
-  return n + add_digits(sum.vlstr, longer.vlstr, n, shorter.vlstr, shorter.length);
+  if (a.length < b.length) return digit_sum(sum, b, a);
+  return a.length + add_digits(sum.vlstr, a.vlstr, a.length, b.vlstr, b.length);
 }
 
-// Writes the distance of |a| and |b|, as many digits as the longer of them. Returns whether |a| is
-// the smaller.
-bool digit_difference(bignum& difference, const bignum& a, const bignum& b) {
+// Sets the difference to |a| - |b|, as many digits as the longer of them.
+void digit_difference(bignum& difference, const bignum& a, const bignum& b) {
   const bool swapped = compare_magnitudes(a, b) < 0;
   const bignum& upper = swapped ? b : a;
   const bignum& lower = swapped ? a : b;
-  const int n = std::max(a.length, b.length);
   subtract_digits(difference.vlstr, upper.vlstr, upper.length, lower.vlstr, lower.length);
-  if (n > upper.length) {
-    std::memset(difference.vlstr + upper.length, '0', static_cast<std::size_t>(n - upper.length));
-  }
-  difference.end_digits(n, swapped ? 1 : 0);
-  return swapped;
+  difference.end_digits(std::max(a.length, b.length), swapped ? 1 : 0);
 }
 
 // A value with its digits as arithmetic reads them.
@@ -49,39 +40,39 @@ bignum cleaned(const bignum& b) {
   return result;
 }
 
-}  // namespace
-
-bignum bignum::add_signed(const bignum& b, std::int16_t b_negative) {
-  return plain && b.plain ? add_plain(b, b_negative) : add_foreign(b, b_negative);
-}
-
-bignum bignum::add_plain(const bignum& b, std::int16_t b_negative) {
+bignum add_plain(bignum& a, const bignum& b, bool b_is_negative) {
   bignum result;
-  if ((negative != 0) == (b_negative != 0)) {
-    const int n = digit_sum(result, *this, b);
-    if (negative != 0 && n > 0 && significant_length(result.vlstr, n) == 0) negative = 0;
-    result.end_digits(n, n > 0 ? negative : std::int16_t{0});
-  } else if (negative != 0) {
-    negative = 0;
-    digit_difference(result, b, *this);
-  } else if (digit_difference(result, *this, b)) {
-    negative = 1;
+  if ((a.negative != 0) == b_is_negative) {
+    const int n = digit_sum(result, a, b);
+    if (a.negative != 0 && n > 0 && significant_length(result.vlstr, n) == 0) a.negative = 0;
+    result.end_digits(n, n > 0 ? a.negative : std::int16_t{0});
+  } else if (a.negative != 0) {
+    a.negative = 0;
+    digit_difference(result, b, a);
+  } else {
+    digit_difference(result, a, b);
+    a.negative = result.negative;
   }
   return result;
 }
 
-bignum bignum::add_foreign(const bignum& b, std::int16_t b_negative) {
-  bignum a = cleaned(*this);
-  bignum result = a.add_plain(cleaned(b), b_negative);
-  negative = a.negative;
+[[gnu::cold]] bignum add_foreign(bignum& a, const bignum& b, bool b_is_negative) {
+  bignum clean_a = cleaned(a);
+  bignum result = add_plain(clean_a, cleaned(b), b_is_negative);
+  a.negative = clean_a.negative;
   return result;
 }
 
-bignum bignum::operator+(const bignum& b) { return add_signed(b, b.negative); }
-
-bignum bignum::operator-(const bignum& b) {
-  return add_signed(b, b.negative != 0 ? std::int16_t{0} : std::int16_t{1});
+// Returns a + b, b's sign being the one given.
+bignum add_signed(bignum& a, const bignum& b, bool b_is_negative) {
+  return a.plain && b.plain ? add_plain(a, b, b_is_negative) : add_foreign(a, b, b_is_negative);
 }
+
+}  // namespace
+
+bignum bignum::operator+(const bignum& b) { return add_signed(*this, b, b.negative != 0); }
+
+bignum bignum::operator-(const bignum& b) { return add_signed(*this, b, b.negative == 0); }
 
 void bignum::add(const bignum& b) {
   if (negative != 0 || b.negative != 0 || !plain || !b.plain) {
@@ -92,7 +83,7 @@ void bignum::add(const bignum& b) {
 }
 
 bool bignum::step_lowest(bool up) {
-  if (negative != 0 || !plain || length == 0) return false;
+  if (negative != 0 || !plain) return false;
   constexpr std::uint64_t ONE = ASCII_ZEROS + 1;
   const std::uint64_t mask = length < 8 ? ~(~std::uint64_t{0} << (8 * length)) : ~std::uint64_t{0};
   const std::uint64_t word = load_word(vlstr) & mask;
@@ -101,9 +92,5 @@ bool bignum::step_lowest(bool up) {
   store_word(vlstr, to_ascii(stepped) & mask);
   return true;
 }
-
-bignum bignum::increment() { return *this + bignum(1); }
-
-bignum bignum::decrement() { return *this - bignum(1); }
 
 }  // namespace omrel

@@ -5,8 +5,10 @@
 // and the random generator (random.cpp).
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <utility>
 
@@ -68,8 +70,7 @@ class bignum {
   // Exchanges the two values.
   void operator=(bignum&& b) noexcept;
 
-  // Returns the value's DecimalText (text_form.h) as a new heap text, to be freed with free(). Null
-  // when there is no memory.
+  // Returns the value's DecimalText (text_form.h) as a heap text for free(), null without memory.
   char* to_string() const;
 
   std::int16_t get_sign() const { return negative; }
@@ -81,19 +82,18 @@ class bignum {
   bignum get_remainder() const;
 
   // Orders by sign flag first, then by magnitude; see compare_signed.
-  bool operator==(const bignum& b) const;
-  bool operator!=(const bignum& b) const;
-  bool operator<(const bignum& b) const;
-  bool operator>(const bignum& b) const;
-  bool operator<=(const bignum& b) const;
-  bool operator>=(const bignum& b) const;
+  bool operator==(const bignum& b) const { return compare(*this, b) == 0; }
+  bool operator!=(const bignum& b) const { return compare(*this, b) != 0; }
+  bool operator<(const bignum& b) const { return compare(*this, b) < 0; }
+  bool operator>(const bignum& b) const { return compare(*this, b) > 0; }
+  bool operator<=(const bignum& b) const { return compare(*this, b) <= 0; }
+  bool operator>=(const bignum& b) const { return compare(*this, b) >= 0; }
   // Whether the value equals a digit, as operator== sees it: a negative zero does not equal 0.
   bool equals_digit(char digit) const;
   // Compares a with b; the object plays no part.
   int compare(const bignum& a, const bignum& b) const;
 
   // Return a + b and a - b, a being the object.
-  //
   // Result:  as many digits as the longer operand, one more on a final carry; not normalised.
   // Leaves:  b as it was; a's digits too, but its sign flag as the tables in add.cpp show.
   // Errors:  a sum of MAX_DIGITS digits ends the process.
@@ -104,19 +104,18 @@ class bignum {
   void add(const bignum& b);
 
   // Return the value plus and minus one, with the same effect on the object's sign flag.
-  bignum increment();
-  bignum decrement();
+  bignum increment() { return *this + bignum(1); }
+  bignum decrement() { return *this - bignum(1); }
   // Does that in place, up or down, where no more than the lowest eight digits and no sign flag
   // change; false, and nothing done, elsewhere.
   bool step_lowest(bool up);
 
   // Whether the lowest stored character has an even code; false for an empty value.
-  bool is_even() const;
+  bool is_even() const { return length >= 1 && (vlstr[0] & 1) == 0; }
 
   // Returns a * b. A zero product of unlike signs is a negative zero.
   // Result:  both lengths less one digits, one more if the top digit is not zero.
   // Errors:  a product of MAX_DIGITS digits ends the process.
-  // Cost:    schoolbook on limbs of eight digits; half as much for a product with itself.
   bignum operator*(const bignum& b) const;
   // Returns the magnitude times a digit m from 0 to 9, never negative.
   bignum multiply_digit(int m) const;
@@ -127,16 +126,14 @@ class bignum {
   // Returns the quotient a / d truncated toward zero. It carries the remainder as a text, unless
   // divisor, dividend or their equality made the search needless; see divide.cpp.
   // Errors:  a zero divisor prints a line on standard output and throws EngineFailure.
-  // Cost:    long division on limbs; with the debug switch on the traced search.
   bignum operator/(const bignum& d) const;
-  // As operator/, but the quotient carries no remainder text, which takes half the time.
+  // As operator/, but the quotient carries no remainder text.
   bignum quotient(const bignum& d) const;
-  // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated, in one division. False, with q
-  // as it was, where that says less than the division step by step: where this must be shown, may
-  // be too long or meets other characters than digits, and for places that are all zeros although
-  // something may be left.
+  // Sets q to the magnitude of a * 10^FIXED_PLACES / d, truncated. False, with q as it was, where
+  // the steps of that must be shown, it may be too long or meets other characters than digits, and
+  // for places that are all zeros although something may be left.
   bool fixed_quotient(bignum& q, const bignum& d) const;
-  // The same for values of few digits, in half the time; false for others.
+  // The same for values of few digits; false for others.
   bool fixed_quotient(FixedWords& q, const bignum& d) const;
   // Returns the value of the remainder text that operator/ leaves: the remainder of the magnitudes,
   // not negative; but of two negative operands the dividend itself when it is nearer to zero.
@@ -160,7 +157,7 @@ class bignum {
   // Returns the n-th Fibonacci number, 1 for a negative n.
   static bignum fib(std::int32_t n);
   // Returns the largest value whose square does not exceed n, for n >= 0.
-  // Negative n: what Newton's steps lead to, a root of no use; see power.cpp.
+  // Negative n: what Newton's steps lead to, a root of no use; see root.cpp.
   // Errors:     steps that meet a zero divisor fail as operator/ does, steps that circle throw
   //             EngineFailure.
   static bignum sqrt(const bignum& n);
@@ -170,8 +167,8 @@ class bignum {
 
   // Whether the value has a binary form: neither negative, nor a negative zero, nor without digits.
   bool has_binary_form() const { return negative == 0 && length > 0; }
-  // Returns the value's BinaryText (text_form.h) as a new heap text, to be freed with free(). Null
-  // without a binary form, and when there is no memory.
+  // Returns the value's BinaryText (text_form.h) as a heap text for free(), null without a binary
+  // form and without memory.
   static char* inttobin(const bignum& x);
   // Returns the value of binary digits, with or without a leading "0b". Every character but '1'
   // counts as a zero; a null text is 0.
@@ -209,14 +206,12 @@ class bignum {
   // all when no draw falls between the bounds, which makes the object 0 and returns low.
   bignum rnd(const bignum& low, const bignum& high);
 
-  // Ends the characters that an operation has written into vlstr.
-  // Errors: a length of MAX_DIGITS or more ends the process with overflow().
-  void end_text(int new_length);
-  // The same for digits, with their sign flag.
+  // Ends the digits that an operation has written into vlstr.
+  // Errors: MAX_DIGITS or more of them end the process with overflow().
   void end_digits(int digit_count, std::int16_t sign);
 
   // Characters in vlstr up to its NUL: `length`, but for an emptied value that kept its old ones.
-  int text_length() const;
+  int text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
 
   char* vlstr;            // the digits, least significant first, padded; owned (digit_text.h)
   std::int32_t length;    // characters in vlstr
@@ -227,11 +222,7 @@ class bignum {
  private:
   [[gnu::noinline]] void read(const char* text);
   [[gnu::cold, gnu::noinline]] void read_up_to_point(const char* text);
-  [[noreturn, gnu::cold, gnu::noinline]] void overflow_unfinished();
-  bignum add_signed(const bignum& b, std::int16_t b_negative);
-  bignum add_plain(const bignum& b, std::int16_t b_negative);
   void set_to_half(const bignum& b);
-  [[gnu::cold]] bignum add_foreign(const bignum& b, std::int16_t b_negative);
 };
 
 // Here, since every call makes and releases a few values.
@@ -249,17 +240,13 @@ inline bignum::~bignum() {
   negative = 0;
 }
 
-inline void bignum::end_text(int new_length) {
-  if (new_length >= MAX_DIGITS) overflow();
-  // In one store with the last characters, which are read next as one word.
-  const auto n = static_cast<unsigned>(new_length);
+inline void bignum::end_digits(int digit_count, std::int16_t sign) {
+  if (digit_count >= MAX_DIGITS) overflow();
+  // In one store with the last digits, which are read next as one word.
+  const auto n = static_cast<unsigned>(digit_count);
   char* last = vlstr + (n & ~7U);
   store_word(last, load_few(last, static_cast<int>(n & 7U)));
-  length = new_length;
-}
-
-inline void bignum::end_digits(int digit_count, std::int16_t sign) {
-  end_text(digit_count);
+  length = digit_count;
   negative = sign;
   plain = true;
 }
@@ -283,10 +270,16 @@ class Digits {
 
 // Compares two magnitudes given as digit texts: -1, 0 or 1. Leading zeros are ignored; an empty
 // text orders below one of zeros; null texts compare as equal.
-int compare_digits(const char* x, const char* y);
+[[gnu::cold, gnu::noinline]] int compare_digits(const char* x, const char* y);
 
 // Compares the magnitudes of two values that hold digits only; as compare_digits.
-int compare_magnitudes(const bignum& a, const bignum& b);
+inline int compare_magnitudes(const bignum& a, const bignum& b) {
+  if (a.length == b.length) return compare_padded(a.vlstr, b.vlstr, a.length);
+  // An empty text has its NUL, below any digit.
+  const int a_length = std::max(significant_length(a.vlstr, a.length), 1);
+  const int b_length = std::max(significant_length(b.vlstr, b.length), 1);
+  return compare_significant(a.vlstr, a_length, b.vlstr, b_length);
+}
 
 // Compares signed values given as digit text and sign flag: a set flag orders below a clear one
 // whatever the magnitudes, so a negative zero is below zero.

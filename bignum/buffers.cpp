@@ -1,7 +1,5 @@
 #include "bignum/buffers.h"
 
-#include <cstdlib>
-
 #include "support/console.h"
 
 namespace omrel {
@@ -19,7 +17,5 @@ char* allocate_digits() {
   if (buffer == nullptr) out_of_memory();
   return buffer;
 }
-
-void free_digits(char* buffer) { std::free(buffer); }
 
 }  // namespace omrel

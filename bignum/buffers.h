@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 
 #include "bignum/digit_text.h"
 
@@ -28,9 +29,8 @@ extern FreeBuffers free_buffers;
 // Ends the process for want of memory.
 [[noreturn]] void out_of_memory();
 
-// A buffer from the heap, and one back to it.
+// A buffer from the heap.
 [[gnu::cold, gnu::noinline]] char* allocate_digits();
-[[gnu::cold, gnu::noinline]] void free_digits(char* buffer);
 
 // Returns a buffer of BUFFER_BYTES bytes, contents unspecified; without memory the process ends.
 inline char* acquire_digits() {
@@ -40,10 +40,10 @@ inline char* acquire_digits() {
 // Takes the buffer back; null is allowed.
 inline void release_digits(char* buffer) {
   if (buffer == nullptr) return;
-  if (free_buffers.count < FreeBuffers::MAX_KEPT) {
+  if (free_buffers.count < FreeBuffers::MAX_KEPT) [[likely]] {
     free_buffers.kept[free_buffers.count++] = buffer;
   } else {
-    free_digits(buffer);
+    std::free(buffer);
   }
 }
 

@@ -10,11 +10,6 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "digit texts are read as words");
 
-// The lowest eight digits of what is left of a text, '0' where fewer are.
-std::uint64_t load_tail_or_word(const char* text, int count) {
-  return count >= 8 ? load_word(text) : load_tail(text, count);
-}
-
 // The sum of two words of digits and a carry, 0 or 1, which becomes the carry out.
 std::uint64_t add_words(std::uint64_t x, std::uint64_t y, std::uint64_t& carry) {
   const std::uint64_t a = x + CARRY_BIAS + carry;  // each byte is at most 0xD0: none overflows
@@ -47,6 +42,15 @@ void copy_rest(char* to, const char* from, int i, int length) {
   if (i >= length) return end_sum(sum, length, last, carry);
   copy_rest(sum, x, i, length);
   return 0;
+}
+
+// Half of eight digits: digit / 2, plus 5 when the next higher digit is odd, so no carry runs
+// further than one digit. `above` is 1 when the digit above the eighth is odd, else 0.
+std::uint64_t half_of_word(std::uint64_t word, std::uint64_t above) {
+  const std::uint64_t digits = word & 0x0F0F0F0F0F0F0F0F;
+  const std::uint64_t odd = digits & 0x0101010101010101;
+  const std::uint64_t next_odd = (odd >> 8) | (above << 56);
+  return ((digits - odd) >> 1) + next_odd * 5 + ASCII_ZEROS;
 }
 
 }  // namespace
@@ -127,9 +131,8 @@ void reverse_words_from_buffer(char* text, const char* buffer, int n) {
 
 int length_without_zeros(const char* text, int length) {
   while (length >= 8 && load_word(text + length - 8) == ASCII_ZEROS) length -= 8;
-  const int first = length >= 8 ? length - 8 : 0;
-  const std::uint64_t top = load_tail_or_word(text + first, length - first) ^ ASCII_ZEROS;
-  return top == 0 ? 0 : first + 8 - std::countl_zero(top) / 8;
+  while (length > 0 && text[length - 1] == '0') --length;
+  return length;
 }
 
 int compare_padded(const char* x, const char* y, int length) {
@@ -190,9 +193,12 @@ void subtract_digits(char* difference, const char* x, int x_length, const char* 
     subtract_word(i, load_padded(x + i), ASCII_ZEROS);
   }
   if (i < x_length) copy_rest(difference, x, i, x_length);
+  if (x_length < y_length) {
+    std::memset(difference + x_length, '0', static_cast<std::size_t>(y_length - x_length));
+  }
 }
 
-int halve_long_digits(char* half, const char* x, int length) {
+int halve_digits(char* half, const char* x, int length) {
   int i = 0;
   for (; i + 8 < length; i += 8) {
     const auto above = static_cast<std::uint64_t>(x[i + 8] & 1);

@@ -42,11 +42,6 @@ inline std::uint64_t load_few(const char* text, int count) {
   return load_word(text) & ((std::uint64_t{1} << (8 * count)) - 1);
 }
 
-// The same, but '0' beyond.
-inline std::uint64_t load_tail(const char* text, int count) {
-  return load_few(text, count) | (ASCII_ZEROS << (8 * count));
-}
-
 // Eight digits of a padded text, '0' behind its end.
 inline std::uint64_t load_padded(const char* text) { return load_word(text) | ASCII_ZEROS; }
 
@@ -153,7 +148,7 @@ inline int significant_length(const char* text, int length) {
   return length == 0 || text[length - 1] != '0' ? length : length_without_zeros(text, length);
 }
 
-// Compare two padded texts of one length, and two texts that are not both empty and have no leading
+// Compare two padded texts of one length, and two texts that are not empty and have no leading
 // zeros: -1, 0 or 1.
 int compare_padded(const char* x, const char* y, int length);
 int compare_significant(const char* x, int x_length, const char* y, int y_length);
@@ -181,27 +176,11 @@ inline int add_digits(char* sum, const char* x, int x_length, const char* y, int
   return static_cast<int>((total >> (8 * x_length)) & 1);
 }
 
-// Writes x - y for x >= y, padded texts, as many digits as x has; y may have more, then zeros. The
-// destination may be x.
+// Writes x - y for x >= y, padded texts, as many digits as the longer has. The destination may be
+// x.
 void subtract_digits(char* difference, const char* x, int x_length, const char* y, int y_length);
 
-// As halve_digits for any length.
-int halve_long_digits(char* half, const char* x, int length);
-
-// Half of eight digits: digit / 2, plus 5 when the next higher digit is odd, so no carry runs
-// further than one digit. `above` is 1 when the digit above the eighth is odd, else 0.
-inline std::uint64_t half_of_word(std::uint64_t word, std::uint64_t above) {
-  const std::uint64_t digits = word & 0x0F0F0F0F0F0F0F0F;
-  const std::uint64_t odd = digits & 0x0101010101010101;
-  const std::uint64_t next_odd = (odd >> 8) | (above << 56);
-  return ((digits - odd) >> 1) + next_odd * 5 + ASCII_ZEROS;
-}
-
 // Writes half of a padded text, truncated, and returns the significant length.
-inline int halve_digits(char* half, const char* x, int length) {
-  if (length >= 8) return halve_long_digits(half, x, length);
-  store_word(half, half_of_word(load_padded(x), 0));
-  return significant_length(half, length);
-}
+int halve_digits(char* half, const char* x, int length);
 
 }  // namespace omrel

@@ -47,10 +47,8 @@ enum class Way {
   ONE,
   ZERO,
   ZERO_LEAVING_DIVIDEND,
-  WORDS,         // both magnitudes are machine words
-  WORD_DIVISOR,  // the divisor's is
+  WORDS,  // both magnitudes are machine words
   LIMBS,
-  SEARCH,
 };
 
 // The exit that two values take, else LIMBS.
@@ -59,8 +57,7 @@ Way exit_of(const bignum& a, const bignum& d) {
   if (is_zero(d)) fail_on_zero();
   if (a == d) return Way::ONE;
   if (a.equals_digit('0')) return Way::ZERO;
-  if (a.negative == 0 && d.negative == 0 && a < d) return Way::ZERO_LEAVING_DIVIDEND;
-  if (a.negative != 0 && d.negative != 0 && a > d) return Way::ZERO_LEAVING_DIVIDEND;
+  if (a.negative != 0 ? a > d : a < d) return Way::ZERO_LEAVING_DIVIDEND;  // of equal signs
   return is_zero(a) ? Way::ZERO : Way::LIMBS;
 }
 
@@ -96,23 +93,18 @@ struct Aligned {
 
 bool shows_steps() { return debug_switch != 0; }
 
-// Divides by a divisor that is a machine word, not 0; returns the remainder.
-std::uint64_t divide_scaled(Magnitude& q, const bignum& a, int scale, std::uint64_t d) {
-  Magnitude limbs;
-  load(limbs, a, scale);
-  return divide_by_word(q, limbs, d);
-}
-
-// The magnitude of a * 10^scale / d, d_word being d where that is a machine word, else 0.
-Magnitude scaled_quotient(const bignum& a, int scale, const bignum& d, std::uint64_t d_word) {
-  Magnitude q;
-  if (d_word != 0) {
-    divide_scaled(q, a, scale, d_word);
-  } else {
+// Divides the magnitude of a * 10^scale. Where d is a machine word, d_word is that word and the
+// remainder is returned; elsewhere it is 0.
+std::uint64_t divide_scaled(Magnitude& q, const bignum& a, int scale, const bignum& d,
+                            std::uint64_t d_word) {
+  if (d_word == 0) {
     Aligned x(a, d, scale);
     divide_quotient(q, x.a, x.d);
+    return 0;
   }
-  return q;
+  Magnitude limbs;
+  load(limbs, a, scale);
+  return divide_by_word(q, limbs, d_word);
 }
 
 // How two values divide. Whatever is asked of their quotient is asked of this.
@@ -134,82 +126,66 @@ class Division {
   bignum remainder() const {
     if (way != Way::WORDS) return long_remainder();
     const bool is_dividend = a.negative != 0 && d.negative != 0 && a_word < d_word;
-    return value_of(word_remainder(), is_dividend ? 1 : 0);
+    return value_of(a_word % d_word, is_dividend ? 1 : 0);
   }
-  std::uint64_t word_remainder() const { return a_word % d_word; }  // for words
 
-  // The remainder of the magnitudes with that sign, for a way that is not WORDS.
-  [[gnu::noinline]] bignum signed_remainder(std::int16_t sign) const;
+  // The remainder of the magnitudes with that sign.
+  bignum signed_remainder(std::int16_t sign) const {
+    return way == Way::WORDS ? value_of(a_word % d_word, sign) : long_signed_remainder(sign);
+  }
 
-  // Both.
-  struct Answer {
-    bignum q;
-    bignum r;
-  };
-  Answer both() const;
-
-  // The quotient of the magnitudes and its places, where these are found in machine words.
-  bool fixed_words(FixedWords& q) const;
-
-  Way way;
+  std::pair<bignum, bignum> both() const;
 
  private:
   std::int16_t sign_of(bool quotient_is_zero) const {
     return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
   }
 
-  [[gnu::noinline]] Way long_way() const;
+  [[gnu::noinline]] Way long_way() const {
+    const bool is_greater = d_word > 1 && a.plain;  // than a word
+    return is_greater ? Way::LIMBS : exit_of(a, d);
+  }
   [[gnu::noinline]] bignum long_quotient() const;
   [[gnu::noinline]] bignum long_remainder() const;
+  [[gnu::noinline]] bignum long_signed_remainder(std::int16_t sign) const;
   int divide_limbs(Magnitude& q, Magnitude& r) const;
 
   const bignum& a;
   const bignum& d;
   std::uint64_t a_word = 0;
   std::uint64_t d_word = 0;  // 0 for a divisor that is none
+  Way way;
 };
 
-Way Division::long_way() const {
-  if (d_word > 1 && a.plain) return Way::WORD_DIVISOR;  // of a dividend that is greater
-  const Way exit = exit_of(a, d);
-  if (exit != Way::LIMBS) return exit;
-  if (shows_steps()) return Way::SEARCH;
-  return d_word != 0 ? Way::WORD_DIVISOR : Way::LIMBS;
-}
-
 bignum Division::long_quotient() const {
-  if (way == Way::SEARCH) return both().q;
   if (way == Way::DIVIDEND) return without_remainder(a);
-  if (way != Way::WORD_DIVISOR && way != Way::LIMBS) return value_of(way == Way::ONE ? 1 : 0, 0);
-  const Magnitude q = scaled_quotient(a, 0, d, d_word);
+  if (way != Way::LIMBS) return value_of(way == Way::ONE ? 1 : 0, 0);
+  if (shows_steps()) return both().first;
+  Magnitude q;
+  divide_scaled(q, a, 0, d, d_word);
   return value_of(q, sign_of(q.is_zero()));
 }
 
 bignum Division::long_remainder() const {
-  Magnitude q;
-  Magnitude r;
-  if (way == Way::WORD_DIVISOR) return value_of(divide_scaled(q, a, 0, d_word), 0);
   if (way == Way::DIVIDEND) return a.get_remainder();
   if (way == Way::ZERO_LEAVING_DIVIDEND) return without_remainder(a);
-  if (way != Way::LIMBS && way != Way::SEARCH) return value_of(0, 0);
+  if (way != Way::LIMBS) return value_of(0, 0);
+  Magnitude q;
+  if (d_word != 0) return value_of(divide_scaled(q, a, 0, d, d_word), 0);
+  Magnitude r;
   const int shift = divide_limbs(q, r);
   return value_of_shifted(r, shift);
 }
 
-bignum Division::signed_remainder(std::int16_t sign) const {
-  if (way == Way::DIVIDEND) return value_of(0, sign);
-  bignum r = long_remainder();
-  if (r.length == 0 || !r.plain) {  // a dividend as arithmetic reads it
-    Magnitude digits;
-    load(digits, r);
-    r = value_of(digits, 0);
-  }
+bignum Division::long_signed_remainder(std::int16_t sign) const {
+  bignum r = way == Way::DIVIDEND ? value_of(0, 0) : long_remainder();
+  if (r.length == 0 || !r.plain) r = r * value_of(1, 0);  // a dividend as arithmetic reads it
   r.negative = sign;
   return r;
 }
 
-Division::Answer Division::both() const {
-  if (way != Way::LIMBS && way != Way::SEARCH) return {quotient(), remainder()};
+std::pair<bignum, bignum> Division::both() const {
+  if (way != Way::LIMBS || d_word != 0) return {quotient(), remainder()};
   Magnitude q;
   Magnitude r;
   const int shift = divide_limbs(q, r);
@@ -220,24 +196,11 @@ Division::Answer Division::both() const {
 // by a power of ten, whose exponent is returned.
 int Division::divide_limbs(Magnitude& q, Magnitude& r) const {
   Aligned x(a, d);
-  bool is_found = false;
-  if (way == Way::SEARCH) {
-    is_found = search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
-  }
+  const bool is_found =
+      shows_steps() && search_quotient(q, r, x.a, x.d, x.a_text.text, x.a_length, x.d_length);
   if (!is_found) divide(q, r, x.a, x.d);
-  if (way == Way::SEARCH) std::printf("\r\n");
+  if (shows_steps()) std::printf("\r\n");
   return x.shift;
-}
-
-// Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
-bool Division::fixed_words(FixedWords& q) const {
-  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;
-  static_assert(FIXED_PLACES == 2 * 9);
-  if (way != Way::WORDS || d_word >= HALF_SCALE) return false;
-  const std::uint64_t upper = a_word % d_word * HALF_SCALE;
-  const std::uint64_t lower = upper % d_word * HALF_SCALE;
-  q = {a_word / d_word, upper / d_word * HALF_SCALE + lower / d_word};
-  return true;
 }
 
 }  // namespace
@@ -245,13 +208,13 @@ bool Division::fixed_words(FixedWords& q) const {
 bignum bignum::operator/(const bignum& d) const {
   const Way exit = exit_of(*this, d);
   if (exit == Way::DIVIDEND) return *this;
-  Division::Answer answer = Division(*this, d).both();
+  auto [q, r] = Division(*this, d).both();
   if (exit == Way::LIMBS || exit == Way::ZERO_LEAVING_DIVIDEND) {
-    const HeapText text(answer.r.to_string());
+    const HeapText text(r.to_string());
     if (text == nullptr) out_of_memory();
-    answer.q.set_remainder(text.get());
+    q.set_remainder(text.get());
   }
-  return answer.q;
+  return std::move(q);
 }
 
 bignum bignum::quotient(const bignum& d) const { return Division(*this, d).quotient(); }
@@ -259,11 +222,12 @@ bignum bignum::quotient(const bignum& d) const { return Division(*this, d).quoti
 bignum bignum::remainder(const bignum& d) const { return Division(*this, d).remainder(); }
 
 bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
-  const int longest = std::max(length, d.length);
-  if (longest + FIXED_PLACES >= MAX_DIGITS || !plain || !d.plain || shows_steps()) return false;
+  if (length + FIXED_PLACES >= MAX_DIGITS || !plain || !d.plain || shows_steps()) return false;
   std::uint64_t d_word = 0;
   if (load_small(d_word, d) && d_word == 0) return false;
-  bignum scaled = value_of(scaled_quotient(*this, FIXED_PLACES, d, d_word), 0);
+  Magnitude m;
+  divide_scaled(m, *this, FIXED_PLACES, d, d_word);
+  bignum scaled = value_of(m, 0);
   // A divisor below 10^FIXED_PLACES leaves nothing behind zeros.
   const int places = std::min(scaled.length, FIXED_PLACES);
   if (d.length > FIXED_PLACES && significant_length(scaled.vlstr, places) == 0) return false;
@@ -271,17 +235,24 @@ bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
   return true;
 }
 
+// Nine places at a time: a remainder below 10^9 and nine zeros make a machine word.
 bool bignum::fixed_quotient(FixedWords& q, const bignum& d) const {
-  const bool may_fit = length <= SMALL_DIGITS && d.length <= SMALL_DIGITS;
-  return may_fit && Division(*this, d).fixed_words(q);
+  constexpr std::uint64_t HALF_SCALE = 1'000'000'000;
+  static_assert(FIXED_PLACES == 2 * 9);
+  std::uint64_t a_word = 0;
+  std::uint64_t d_word = 0;
+  if (shows_steps() || !load_small(d_word, d) || d_word == 0 || d_word >= HALF_SCALE) return false;
+  if (!load_small(a_word, *this)) return false;
+  const std::uint64_t upper = a_word % d_word * HALF_SCALE;
+  const std::uint64_t lower = upper % d_word * HALF_SCALE;
+  q = {a_word / d_word, upper / d_word * HALF_SCALE + lower / d_word};
+  return true;
 }
 
 bignum bignum::operator%(const bignum& b) const {
   const std::int16_t sign = negative != 0 ? 1 : 0;
   if (b.equals_digit('0')) return value_of(0, sign);
-  const Division division(*this, b);
-  if (division.way == Way::WORDS) return value_of(division.word_remainder(), sign);
-  return division.signed_remainder(sign);
+  return Division(*this, b).signed_remainder(sign);
 }
 
 }  // namespace omrel

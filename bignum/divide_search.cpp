@@ -72,7 +72,7 @@ class Search {
   bool correct(Magnitude& r) {
     long steps = 0;
     const Magnitude one(1);
-    for (; steps < MAX_UNIT_STEPS && order > 0 && !q.is_zero(); ++steps) {
+    for (; steps < MAX_UNIT_STEPS && order > 0; ++steps) {
       subtract(q, one);
       try_product(UNIT_STEP);
     }

@@ -21,7 +21,6 @@ namespace {
 std::int32_t clamped(const bignum& n) {
   int i = significant_length(n.vlstr, n.text_length()) - 1;
   while (i >= 0 && (n.vlstr[i] == ' ' || (n.vlstr[i] >= '\t' && n.vlstr[i] <= '\r'))) --i;
-  if (i >= 0 && n.vlstr[i] == '-') return 0;
   if (i >= 0 && n.vlstr[i] == '+') --i;
   std::int64_t value = 0;
   for (; i >= 0; --i) {

@@ -33,6 +33,7 @@ std::uint32_t twisted(std::uint32_t high, std::uint32_t low, std::uint32_t middl
   return middle ^ (y >> 1) ^ ((y & 1) != 0 ? 0x9908B0DF : 0);
 }
 
+// Makes the words that come after the 624 there are, and takes those off the position.
 void make_words() {
   int i = 0;
   for (; i < WORDS - MIDDLE; ++i) words[i] = twisted(words[i], words[i + 1], words[i + MIDDLE]);
@@ -40,7 +41,7 @@ void make_words() {
     words[i] = twisted(words[i], words[i + 1], words[i + MIDDLE - WORDS]);
   }
   words[i] = twisted(words[i], words[0], words[MIDDLE - 1]);
-  position = 0;
+  position -= WORDS;
 }
 
 std::uint32_t next_output() {
@@ -54,13 +55,9 @@ std::uint32_t next_output() {
 
 // Draws numbers without looking at them.
 void skip_outputs(int count) {
-  if (count > 0 && !seeded) mt_randomize(0);
-  while (count > 0) {
-    if (position >= WORDS) make_words();
-    const int skipped = std::min(count, WORDS - position);
-    position += skipped;
-    count -= skipped;
-  }
+  if (!seeded) mt_randomize(0);
+  position += count;
+  while (position > WORDS) make_words();
 }
 
 // Attempts at a value between two bounds. Every attempt draws as many numbers as it has digits,
@@ -94,8 +91,8 @@ class Attempts {
       }
     }
     candidate.end_digits(n, 0);
-    if (candidate < low || candidate > high) candidate.drop_digit();
-    return !(candidate < low) && !(candidate > high);
+    if (candidate > high) candidate.drop_digit();
+    return candidate >= low && candidate <= high;
   }
 
  private:

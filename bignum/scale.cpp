@@ -49,25 +49,18 @@ void bignum::drop_digit() {
 }
 
 bignum bignum::multiply_digit(int m) const {
-  const Digits digits(*this);
-  bignum result;
-  int carry = 0;  // 0 <= carry <= 8
-  for (int i = 0; i < digits.length; ++i) {
-    const int p = (digits.text[i] - '0') * m + carry;
-    carry = p / 10;
-    result.vlstr[i] = static_cast<char>('0' + p % 10);
-  }
-  int n = digits.length;
-  if (carry != 0) result.vlstr[n++] = static_cast<char>('0' + carry);
-  result.end_digits(n, 0);
-  return result;
+  bignum product = *this * bignum(m);
+  if (length == 0) product.end_digits(0, 0);
+  product.negative = 0;
+  return product;
 }
 
 bignum bignum::shift_digits(int n) {
   if (n < MAX_DIGITS - length) {
     std::memmove(vlstr + n, vlstr, static_cast<std::size_t>(length));
     std::memset(vlstr, '0', static_cast<std::size_t>(n));
-    end_text(length + n);
+    length += n;
+    store_word(vlstr + length, 0);
   }
   return *this;
 }

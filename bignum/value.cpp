@@ -66,16 +66,13 @@ bignum::bignum(const char* text, std::int16_t default_sign)
 void bignum::read(const char* text) {
   if (*text == '+' || *text == '-') negative = *text++ == '-' ? 1 : 0;
   const std::size_t rest = std::strlen(text);
-  if (rest >= MAX_DIGITS) overflow_unfinished();
+  if (rest >= MAX_DIGITS) {
+    release_digits(vlstr);  // what a constructor has not finished nobody releases
+    overflow();
+  }
   length = static_cast<int>(rest);
   plain = reverse_into_buffer(vlstr, text, length);
   if (!plain) read_up_to_point(text);
-}
-
-// Overflows, without the buffer: what a constructor has not finished nobody releases.
-void bignum::overflow_unfinished() {
-  release_digits(std::exchange(vlstr, nullptr));
-  overflow();
 }
 
 void bignum::read_up_to_point(const char* text) {
@@ -121,8 +118,6 @@ void bignum::operator=(bignum&& b) noexcept {
   std::swap(plain, b.plain);
 }
 
-int bignum::text_length() const { return plain ? length : static_cast<int>(std::strlen(vlstr)); }
-
 char* bignum::to_string() const { return heap_text(DecimalText(*this)); }
 
 void bignum::set_remainder(const char* text) {
@@ -143,15 +138,10 @@ Digits::Digits(const bignum& b) : text(b.vlstr), length(b.length) {
 void Digits::clean() {
   cleaned = acquire_digits();
   store_word(cleaned + length / 8 * 8, 0);
-  for (int i = 0; i < length; ++i) {
-    const char c = text[i];
-    cleaned[i] = is_digit(c) ? c : '0';
-  }
+  for (int i = 0; i < length; ++i) cleaned[i] = is_digit(text[i]) ? text[i] : '0';
   text = cleaned;
 }
 
-Digits::~Digits() {
-  if (cleaned != nullptr) release_digits(cleaned);
-}
+Digits::~Digits() { release_digits(cleaned); }
 
 }  // namespace omrel
