@@ -230,7 +230,8 @@ bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
   bignum scaled = value_of(m, 0);
   // A divisor below 10^FIXED_PLACES leaves nothing behind zeros.
   const int places = std::min(scaled.length, FIXED_PLACES);
-  if (d.length > FIXED_PLACES && significant_length(scaled.vlstr, places) == 0) return false;
+  const bool has_no_places = significant_length(scaled.vlstr, places) == 0;
+  if (d.length > FIXED_PLACES && has_no_places && !is_zero(remainder(d))) return false;
   q = std::move(scaled);
   return true;
 }
