@@ -61,6 +61,12 @@ Way exit_of(const bignum& a, const bignum& d) {
   return is_zero(a) ? Way::ZERO : Way::LIMBS;
 }
 
+// Whether a has more digits than d, and that more than one, without leading zeros.
+bool is_longer(const bignum& a, const bignum& d) {
+  return a.length > d.length && d.length > 1 && a.vlstr[a.length - 1] != '0' &&
+         d.vlstr[d.length - 1] != '0';
+}
+
 // The value alone, as a new one has it.
 bignum without_remainder(const bignum& b) {
   bignum value(b);
@@ -107,6 +113,13 @@ std::uint64_t divide_scaled(Magnitude& q, const bignum& a, int scale, const bign
   return divide_by_word(q, limbs, d_word);
 }
 
+// Whether a quotient of a * 10^FIXED_PLACES leaves nothing.
+bool is_exact(Magnitude& q, const bignum& a, const bignum& d) {
+  Aligned x(a, d, FIXED_PLACES);
+  Magnitude product;
+  return multiply(product, q, x.d) && compare(product, x.a) == 0;
+}
+
 // How two values divide. Whatever is asked of their quotient is asked of this.
 class Division {
  public:
@@ -141,8 +154,9 @@ class Division {
     return !quotient_is_zero && (a.negative != 0) != (d.negative != 0) ? 1 : 0;
   }
 
+  // As a rule the dividend is longer, and none of the exits can be.
   [[gnu::noinline]] Way long_way() const {
-    const bool is_greater = d_word > 1 && a.plain;  // than a word
+    const bool is_greater = a.plain && (d_word > 1 || (d.plain && is_longer(a, d)));
     return is_greater ? Way::LIMBS : exit_of(a, d);
   }
   [[gnu::noinline]] bignum long_quotient() const;
@@ -231,7 +245,7 @@ bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
   // A divisor below 10^FIXED_PLACES leaves nothing behind zeros.
   const int places = std::min(scaled.length, FIXED_PLACES);
   const bool has_no_places = significant_length(scaled.vlstr, places) == 0;
-  if (d.length > FIXED_PLACES && has_no_places && !is_zero(remainder(d))) return false;
+  if (d.length > FIXED_PLACES && has_no_places && !is_exact(m, *this, d)) return false;
   q = std::move(scaled);
   return true;
 }

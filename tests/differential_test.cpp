@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, Differential,
 
 // Every pair of these, by every word; again step by step, which a trace shows.
 TEST(Differential, OddOperands) {
-  const Words operands = split(R"(0 -0 1 -1 2 -3 5 -7 00 -000 007 -20 64 10^18 -10^20 10^17_1 7^40
+  const Words operands = split(R"(0 -0 1 -1 2 -3 5 -7 0^40 -000 007 -20 64 10^18 -10^20 10^17_1 7^40
     -7^40 -10^20_7 0^3300_5 1^20 576460752303423488 33109999999998 9^32 -10^31
     -870099980000000000000000001)");
   int count = 0;

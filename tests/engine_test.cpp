@@ -224,6 +224,9 @@ TEST(Division, TheTraceShowsTheSearchAndEndsAtTheSameAnswer) {
   // Products too long for any dividend; and the cap on single steps, which ends a search early.
   traced("-" + std::string(5000, '3'), std::string(5000, '7'));
   EXPECT_NE(traced(std::string(6000, '9'), "2").find("(9000)"), std::string::npos);
+  debug_switch = 1;
+  EXPECT_NE(RecordingHost().run({"big", "fdiv", "100", "7"}).output, "");
+  debug_switch = 0;
 }
 
 // One version is chosen on this machine, and judged by every product; another one on others.

@@ -152,13 +152,19 @@ void divide(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d) {
 }
 
 void divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d) {
-  if (a.count() >= d.count()) {
-    LongDivision division(q, a, d);
-    division.run(d.count() - 1 - GUARD_LIMBS);
-    if (division.is_certain()) return carry_quotient(q, a.count() - d.count() + 1, 0);
+  if (a.count() < d.count()) {
+    q = Magnitude(0);
+    return;
   }
-  Magnitude r;
-  divide(q, r, a, d);
+  LongDivision division(q, a, d);
+  division.run(d.count() - 1 - GUARD_LIMBS);
+  carry_quotient(q, a.count() - d.count() + 1, 0);
+  if (division.is_certain()) return;
+  // It is the true one or one below: see whether the next one fits.
+  Magnitude next = q;
+  Magnitude product;
+  add(next, Magnitude(1));
+  if (multiply(product, next, d) && compare(product, a) <= 0) q = next;
 }
 
 std::uint64_t divide_by_word(Magnitude& q, const Magnitude& a, std::uint64_t d) {
