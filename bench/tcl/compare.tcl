@@ -155,11 +155,11 @@ proc measure {key} {
 
 proc ratio {key} { expr {$::best($key,gmp) / $::best($key,big)} }
 
-# Times of expr for a case, in microseconds a call: {fresh kept}, or nothing. Each fresh text is
-# used once.
+# Times of expr for a case, in microseconds a call: {fresh kept}, or nothing, as where there is a
+# width. Each fresh text is used once.
 proc time_expr {case} {
     lassign $case word - operands
-    if {![dict exists $::EXPRESSIONS $word]} return
+    if {![dict exists $::EXPRESSIONS $word] || [llength $operands] > 2} return
     set expression "expr {[dict get $::EXPRESSIONS $word]}"
     set names [lrange {0 1} 0 [llength $operands]-1]
     make_timer expr_kept local $names [string repeat "$expression\n" $::CALLS]

@@ -9,17 +9,17 @@ set WITHOUT_AVX2 0.75  ;# of the ratios that processors with AVX2 reach
 # Least ratio of each word over its cases and ways, and the ratio of each whole script, the worst of
 # a few runs.
 set LEAST {
-    + 1.19    - 1.18    * 1.03    / 1.15    % 1.12    == 1.13    < 1.16    max 1.19
-    fdiv 1.36    mean 1.23    fmod 1.14    ** 1.06    pow2 0.93    fact 0.93    fib 0.95
-    sqrt 1.02    inttobin 0.94    bintoint 0.95    & 1.12    | 1.12    ^ 1.04    ~ 1.12    << 1.04    >> 1.02
-    div2 1.07    div10 1.20    ++ 1.04    += 1.08    *= 1.08    != 1.12    > 1.16    <= 1.21
-    >= 1.16    && 1.14    || 0.99    min 1.10    pow 1.06    abs 1.07    ! 1.02    is_even 0.98
-    -- 1.01    -= 1.08    /= 1.09    &= 1.01    |= 1.06    ^= 1.05
-    {RSA, 1,024 bits: seal and open} 2.92
-    {5,000 digits of pi} 14.50
-    {1000! by *=} 5.70
-    {1,000 Fibonacci sums} 2.38
-    {Lucas-Lehmer test of 2^2203 - 1} 5.25
+    + 1.28    - 1.26    * 1.20    / 1.13    % 1.00    == 1.18    < 1.32    max 1.36    fdiv 1.12
+    mean 1.34    fmod 1.07    ** 1.30    pow2 1.13    fact 1.07    fib 1.06    sqrt 1.21
+    inttobin 1.15    bintoint 1.18    & 1.15    | 1.13    ^ 1.15    ~ 1.23    << 1.16    >> 1.19
+    div2 1.32    div10 1.43    ++ 0.99    += 1.10    *= 1.07    &= 0.89    |= 1.13    != 1.27
+    > 1.27    <= 1.30    >= 1.33    && 1.33    || 1.16    min 1.23    pow 1.14    abs 1.15
+    ! 1.16    is_even 1.09    -- 0.86    -= 0.89    /= 0.90    ^= 0.96
+    {RSA, 1,024 bits: seal and open} 3.81
+    {5,000 digits of pi} 20.53
+    {1000! by *=} 7.83
+    {1,000 Fibonacci sums} 2.48
+    {Lucas-Lehmer test of 2^2203 - 1} 7.32
 }
 
 proc processor_factor {} {
