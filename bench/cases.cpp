@@ -74,7 +74,9 @@ class Builder {
     }
     for (const auto& [divisor, zeros] : {std::pair{18, 30}, {50, 50}, {100, 300}}) {
       const std::string text = number(divisor);
-      add({word, by(divisor + zeros, divisor) + " exact", {text + std::string(zeros, '0'), text}});
+      add({word,
+           by(divisor + zeros, divisor) + " exact",
+           {text + std::string(static_cast<unsigned>(zeros), '0'), text}});
     }
   }
 

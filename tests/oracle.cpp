@@ -70,7 +70,8 @@ struct Drawing {
     const int boundary = 8 * below(limit / 8 + 1) + below(3);
     const int lengths[] = {below(20), boundary, limit - below(3), below(limit + 1)};
     const int length = std::clamp(lengths[below(4)], 1, limit);
-    if (below(8) == 0) return (Integer(1) << (below(3 * length) + 1)) + (below(3) - 1);
+    if (below(8) == 0)
+      return (Integer(1) << static_cast<unsigned>(below(3 * length) + 1)) + (below(3) - 1);
     std::string text;
     while (static_cast<int>(text.size()) < length) {
       text.append(static_cast<unsigned>(1 + below(2) * below(30)), "0099123456789"[below(13)]);

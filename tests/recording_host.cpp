@@ -104,6 +104,7 @@ Words split(const std::string& text) {
       const std::size_t count = std::strtoul(word.c_str() + at + 1, nullptr, 10);
       const std::size_t end = std::min(word.find_first_not_of("0123456789", at + 1), word.size());
       const std::size_t rest = end < word.size() && word[end] == '_' ? end + 1 : end;
+      if (word.size() > 30000) break;
       if (count - 1 < 30000) word.replace(at, rest - at, count - 1, word[at - 1]);
     }
   }

@@ -9,7 +9,6 @@
 #include "bignum/magnitude/radix.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "bignum/magnitude/binary.h"
 
@@ -76,8 +75,7 @@ struct ToDecimal {
     Binary binary;
     pack(binary, source, count);
     const int length = store(digits, binary);
-    const auto room = static_cast<std::size_t>(LIMB_DIGITS * count);
-    std::memset(digits + length, '0', room - static_cast<std::size_t>(length));
+    std::fill(digits + length, digits + LIMB_DIGITS * count, '0');
     load_limbs(target, digits, count);
   }
 
