@@ -201,7 +201,7 @@ bignum bignum::operator~() const {
   }
   const Digits digits(*this);
   const int n = significant_length(digits.text, digits.length);
-  if (n == 0) return value_of(1, 0);  // nothing but leading zeros, and many of them
+  if (n == 0) return value_of(1, 0);  // none but foreign characters, which count as zeros
   for (int exponent = exponent_of(digits.text, n);; ++exponent) {
     bignum power = pow2(exponent);
     bignum rest = power - *this;

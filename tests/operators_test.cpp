@@ -102,7 +102,7 @@ TEST(Operators, OneOperand) {
     bintoint 1y1^70 -> 3541774862152233910271  bintoint 0^22000_11 -> 3  bintoint 0b101 -> 5
     bintoint 0B101 -> 5  bintoint {} -> 0  bintoint 0b -> 0  bintoint -12 -> 2  ~ (null) -> 0
     ! {} -> 0  sqrt -9 -> 1  sqrt -12345 -> 49  sqrt -1 -> failed  sqrt {} -> failed
-    sqrt -0 -> failed  sqrt -17 -> circles  sqrt -100 -> circles  debug on -> untouched
+    ~ xx -> 1  sqrt -0 -> failed  sqrt -17 -> circles  sqrt -100 -> circles  debug on -> untouched
     debug off -> untouched  / 100 7 -> 14  debug ON -> untouched  / 100 7 -> 14)");
   expect_answers(R"(inttobin 10 -NoPrefix -> 1010  inttobin 12.9 x -> 0b1100
     inttobin 5 -noprefixes -> 0b101  inttobin +00 -noprefix -> 0  inttobin {} -> {}
