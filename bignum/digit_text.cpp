@@ -71,7 +71,7 @@ namespace {
 
 #ifdef OMREL_VECTORS
 
-const bool HAS_AVX2 = has_avx2();
+const bool HAS_AVX2 = vector_bits() >= 256;
 constexpr int MANY = 64;  // characters, from which on vectors are worth a call
 
 // As reverse_words for MANY characters, which may mark the lowest byte for any foreign one.

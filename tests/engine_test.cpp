@@ -238,13 +238,17 @@ TEST(Rows, EveryVersionAddsTheSameProducts) {
     std::generate_n(lanes + ROW_PADDING, count, generator);
     std::generate_n(m, ROWS, generator);
     std::generate_n(before, ROOM, generator);
-    std::set<std::vector<Limb>> sums;
-    for (const AddRows add : add_rows_versions()) {
+    std::set<std::vector<Limb>> sums, limbs;
+    for (const VectorFunctions& version : vector_versions()) {
       std::vector<Limb> columns(before, before + ROOM);
-      add(columns.data(), lanes + ROW_PADDING, count, m);
+      version.add_rows(columns.data(), lanes + ROW_PADDING, count, m);
       sums.insert(columns);
+      version.settle(columns.data(), columns.data(), count);
+      version.carry(columns.data(), count);
+      limbs.insert({columns.begin(), columns.begin() + count});
     }
     EXPECT_EQ(sums.size(), 1U) << count;
+    EXPECT_EQ(limbs.size(), 1U) << count;
   }
 }
 

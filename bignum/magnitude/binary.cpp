@@ -8,6 +8,7 @@
 
 #include "bignum/digit_text.h"
 #include "bignum/magnitude/radix.h"
+#include "bignum/processor.h"
 
 namespace omrel {
 namespace {
@@ -50,9 +51,11 @@ constexpr int TOGETHER = 2;
 #ifdef __SIZEOF_INT128__
 constexpr int FEW_DIGITS = 1600;
 constexpr int FEW_LIMBS = 220;
+const int few_limbs = vector_bits() >= 256 ? 80 : FEW_LIMBS;
 #else
 constexpr int FEW_DIGITS = 60;
 constexpr int FEW_LIMBS = 3;
+constexpr int few_limbs = FEW_LIMBS;
 #endif
 
 // x * factor + carry, the upper half of which is the next carry.
@@ -182,7 +185,7 @@ void load(Binary& binary, const char* digits, int length) {
 }
 
 int store(char* digits, const Binary& binary) {
-  if (binary.count() <= FEW_LIMBS) return multiply_out(digits, binary);
+  if (binary.count() <= few_limbs) return multiply_out(digits, binary);
   Lanes lanes;
   const int count = (bit_count(binary) + LANE_BITS - 1) / LANE_BITS;
   for (int i = 0; i < count; ++i) lanes.limb()[i] = bits_at(binary, i * LANE_BITS, LANE_BITS);

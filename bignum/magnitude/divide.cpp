@@ -56,6 +56,12 @@ class LongDivision {
   // Whether the remainder is certainly below the divisor.
   bool is_certain() const { return ratio < 1; }
 
+  // Turns what has been found, limbs just above LIMB_BASE at most, into the quotient.
+  void carry_quotient() {
+    vectors.carry(q.limb(), position_count);
+    q.trim(position_count);
+  }
+
   // Turns the columns into the remainder, below twice the divisor, when no rows have been left out
   // but those of the last limbs.
   void remainder(Magnitude& r) {
@@ -81,7 +87,8 @@ class LongDivision {
 
   // Adds the rows of the limbs from position j up, without the divisor's lowest `skipped` limbs.
   void add_group(int j, int skipped) {
-    add_rows(columns() + j + skipped, divisor_limb + skipped, d.count() - skipped, q.limb() + j);
+    vectors.add_rows(columns() + j + skipped, divisor_limb + skipped, d.count() - skipped,
+                     q.limb() + j);
   }
 
   Limb* columns() { return storage + ROW_PADDING; }
@@ -95,17 +102,6 @@ class LongDivision {
   double ratio = 0;
   Limb storage[MAX_LIMBS + 3 * ROW_PADDING];
 };
-
-// q limbs are below 2 * LIMB_BASE.
-void carry_quotient(Magnitude& q, int count, Limb carry) {
-  for (int i = 0; i < count; ++i) {
-    const Limb total = q.limb()[i] + carry;
-    carry = total >= LIMB_BASE ? 1 : 0;
-    q.limb()[i] = total - (carry != 0 ? LIMB_BASE : 0);
-  }
-  assert(carry == 0);
-  q.trim(count);
-}
 
 #ifdef __SIZEOF_INT128__
 
@@ -148,7 +144,8 @@ void divide(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d) {
   const bool one_more = compare(r, d) >= 0;
   if (one_more) subtract(r, d);
   assert(compare(r, d) < 0);
-  carry_quotient(q, a.count() - d.count() + 1, one_more ? 1 : 0);
+  if (one_more) ++q.limb()[0];
+  division.carry_quotient();
 }
 
 void divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d) {
@@ -158,7 +155,7 @@ void divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d) {
   }
   LongDivision division(q, a, d);
   division.run(d.count() - 1 - GUARD_LIMBS);
-  carry_quotient(q, a.count() - d.count() + 1, 0);
+  division.carry_quotient();
   if (division.is_certain()) return;
   // It is the true one or one below: see whether the next one fits.
   Magnitude next = q;

@@ -47,7 +47,7 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
   }
   const int whole = length / LIMB_DIGITS;
   if (whole >= MANY) {
-    load_limbs(limb, digits, whole);
+    vectors.load(limb, digits, whole);
   } else {
     for (int i = 0; i < whole; ++i) limb[i] = number_of(load_word(digits + i * LIMB_DIGITS));
   }
@@ -59,21 +59,11 @@ void load(Magnitude& m, const char* digits, int length, int shift) {
 
 int store(char* digits, const Magnitude& m) {
   if (m.count() >= MANY) {
-    store_limbs(digits, m.limb(), m.count());
+    vectors.store(digits, m.limb(), m.count());
   } else {
     for (int i = 0; i < m.count(); ++i) store_word(digits + i * LIMB_DIGITS, word_of(m.limb()[i]));
   }
   return m.is_zero() ? 0 : digit_count(m);
-}
-
-void carry_columns(Limb* columns, int count) {
-  ColumnSettler settler;
-  Limb carry = 0;
-  for (int i = 0; i < count; ++i) {
-    const Limb total = settler.settle(columns[i]) + carry;  // below twice the base
-    carry = total >= LIMB_BASE ? 1 : 0;
-    columns[i] = total - (carry != 0 ? LIMB_BASE : 0);
-  }
 }
 
 int digit_count(const Magnitude& m) {

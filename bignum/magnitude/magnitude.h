@@ -13,7 +13,6 @@
 namespace omrel {
 
 constexpr int LIMB_DIGITS = 8;
-constexpr Limb LIMB_BASE = 100'000'000;
 constexpr int LANE_BITS = 26;  // of a binary number that is being converted; see radix.h
 
 // At least as many bits as a number of so many digits can have.
@@ -72,30 +71,11 @@ void load(Magnitude& m, const char* digits, int length, int shift);
 // without leading zeros: 0 for zero.
 int store(char* digits, const Magnitude& m);
 
-// Turns columns, from the lowest up, into limbs but for carries of one, in two passes at once: a
-// column sends less than 2^38 up; with what it receives it is below 2^38 and sends less than 2^11
-// up. What is left is below LIMB_BASE + 2^11, and no column waits for the one before.
-class ColumnSettler {
- public:
-  Limb settle(Limb column) {
-    constexpr std::uint32_t HIGH_FACTOR = 390'625;
-    static_assert(LIMB_BASE == Limb{HIGH_FACTOR} << 8);
-    const Limb quotient = column / LIMB_BASE;
-    const Limb received = column - quotient * LIMB_BASE + sent;
-    const Limb again = Limb{static_cast<std::uint32_t>(received >> 8) / HIGH_FACTOR};
-    const Limb settled = received - again * LIMB_BASE + sent_again;
-    sent = quotient;
-    sent_again = again;
-    return settled;
-  }
-
- private:
-  Limb sent = 0;
-  Limb sent_again = 0;
-};
-
-// Turns columns into limbs; a carry out of the last one is dropped.
-void carry_columns(Limb* columns, int count);
+// Turns columns into limbs, in whole vectors; a carry out of the last one is dropped.
+inline void carry_columns(Limb* columns, int count) {
+  vectors.settle(columns, columns, count);
+  vectors.carry(columns, count);
+}
 
 // Decimal digits in a number that is not zero.
 int digit_count(const Magnitude& m);

@@ -59,7 +59,7 @@ bool multiply(Magnitude& product, Magnitude& a, Magnitude& b) {
     const Limb* multiplicand = a.pad();
     const Limb* multipliers = b.pad();
     for (int j = 0; j < b.count(); j += ROWS) {
-      add_rows(columns + j, multiplicand, a.count(), multipliers + j);
+      vectors.add_rows(columns + j, multiplicand, a.count(), multipliers + j);
     }
     carry_columns(columns, count);
   }
@@ -90,7 +90,7 @@ void square_columns(Limb* columns, Magnitude& a) {
     if (!rows_follow) break;
     Limb twice[ROWS];
     for (int k = 0; k < ROWS; ++k) twice[k] = 2 * m[k];
-    add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
+    vectors.add_rows(c + ROWS, m + ROWS, a.count() - j - ROWS, twice);
   }
 }
 

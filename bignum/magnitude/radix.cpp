@@ -10,8 +10,6 @@
 
 #include <algorithm>
 
-#include "bignum/magnitude/binary.h"
-
 namespace omrel {
 namespace {
 
@@ -21,7 +19,6 @@ constexpr Limb BINARY_BASE = Limb{1} << LANE_BITS;
 // base: good enough to go on with, and no carry waits for another. In front of those columns there
 // are two zeros. `carry` makes limbs of columns, `carry_settled` of what has been settled.
 struct ToBinary {
-  static constexpr bool BY_WORDS = false;
   static constexpr int CHUNK = 9;   // source limbs of a step: 5^72 2^(72 mod 26) < 2^(8 * 26)
   static constexpr int CHUNKS = 7;  // steps that make a block
   static constexpr Limb SOURCE = LIMB_BASE;
@@ -54,14 +51,8 @@ struct ToBinary {
 };
 
 struct ToDecimal {
-  // Blocks are converted as binary.h does few limbs, the faster way where products of words are.
-#ifdef __SIZEOF_INT128__
-  static constexpr bool BY_WORDS = true;
-#else
-  static constexpr bool BY_WORDS = false;
-#endif
   static constexpr int CHUNK = 8;  // 2^(8 * 26) < 10^(8 * 8)
-  static constexpr int CHUNKS = BY_WORDS ? 27 : 8;
+  static constexpr int CHUNKS = 8;
   static constexpr Limb SOURCE = BINARY_BASE;
   static constexpr Limb TARGET = LIMB_BASE;
   static constexpr Limb ODD_FACTOR = BINARY_BASE;  // no shift in the target
@@ -70,28 +61,10 @@ struct ToDecimal {
   // 2^26 < 10^8
   static constexpr int room(int n) { return n; }
 
-  static void convert_by_words(Limb* target, const Limb* source, int count) {
-    char digits[LIMB_DIGITS * (CHUNK * CHUNKS + 4)];
-    Binary binary;
-    pack(binary, source, count);
-    const int length = store(digits, binary);
-    std::fill(digits + length, digits + LIMB_DIGITS * count, '0');
-    load_limbs(target, digits, count);
-  }
-
   static void carry(Limb* columns, int count) { carry_columns(columns, count); }
-  static void carry_settled(Limb* limbs, int count) {
-    Limb carry = 0;
-    for (int i = 0; i < count; ++i) {
-      const Limb total = limbs[i] + carry;
-      carry = total >= TARGET ? 1 : 0;
-      limbs[i] = total - (carry != 0 ? TARGET : 0);
-    }
-  }
-
+  static void carry_settled(Limb* limbs, int count) { vectors.carry(limbs, count); }
   static void settle(Limb* target, const Limb* columns, int count) {
-    ColumnSettler settler;
-    for (int i = 0; i < count; ++i) target[i] = settler.settle(columns[i]);
+    vectors.settle(target, columns, count);
   }
 };
 
@@ -106,7 +79,7 @@ void add_product(Limb* columns, const Limbs& x, const Limb* y, int y_count) {
   for (int j = 0; j < y_count; j += ROWS) {
     Limb multipliers[ROWS] = {};
     std::copy_n(y + j, std::min(ROWS, y_count - j), multipliers);
-    add_rows(columns + j, x.limb(), x.count(), multipliers);
+    vectors.add_rows(columns + j, x.limb(), x.count(), multipliers);
   }
 }
 
@@ -204,7 +177,6 @@ void convert_block(Limb* target, const Limb* source, int count, const Powers<Way
   constexpr int CHUNK = Way::CHUNK;
   constexpr int CHUNK_ROOM = Powers<Way>::CHUNK_ROOM;
   constexpr int BLOCK_ROOM = Way::room(Powers<Way>::BLOCK) + CHUNK_ROOM;
-  if constexpr (Way::BY_WORDS) return Way::convert_by_words(target, source, count);
   Limb padded[BLOCK_ROOM + 2 * ROW_PADDING];
   Limb storage[2 + BLOCK_ROOM + 2 * ROW_PADDING];
   Limb* columns = storage + 2;
@@ -220,7 +192,7 @@ void convert_block(Limb* target, const Limb* source, int count, const Powers<Way
     sum_chunk(columns, source + i, powers);
     const int wide_room = Way::room(count - i) + CHUNK_ROOM - CHUNK;
     std::fill_n(columns + CHUNK_ROOM, wide_room + ROW_PADDING - CHUNK_ROOM, 0);
-    add_rows(columns + powers.step.shift, so_far, room, factor);
+    vectors.add_rows(columns + powers.step.shift, so_far, room, factor);
     Way::settle(i == 0 ? target : so_far, columns, wide_room);
     room = wide_room;
   }

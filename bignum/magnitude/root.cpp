@@ -94,7 +94,7 @@ class LimbRoot {
     const Limb* next = columns() + j + ROWS - 1 + limb_count - 2;
     ratio = estimator.find_group(x + ROWS - 1, ROWS, head, next);
     const int lowest = std::max(j + ROWS, std::min(cut - j, limb_count));
-    add_rows(columns() + j + lowest, twice() + lowest, limb_count - lowest, x);
+    vectors.add_rows(columns() + j + lowest, twice() + lowest, limb_count - lowest, x);
     for (int i = 0; i < ROWS; ++i) {
       for (int k = 0; k < ROWS; ++k) columns()[2 * j + i + k] += x[i] * x[k];
       twice()[j + i] = 2 * x[i];
