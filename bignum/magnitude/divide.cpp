@@ -40,7 +40,7 @@ class LongDivision {
     std::fill_n(storage, ROW_PADDING, 0);
     for (int i = 0; i < a.count(); ++i) columns()[i] = 0 - a.limb()[i];
     std::fill_n(columns() + a.count(), ROW_PADDING, 0);
-    std::fill_n(q.limb(), position_count + ROW_PADDING, 0);
+    std::fill_n(q.limb() + position_count, ROWS, 0);
     head = a.limb()[a.count() - 1];
   }
 

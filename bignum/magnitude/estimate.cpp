@@ -48,13 +48,13 @@ double Estimator::find_group(Limb* x, int count, Limb& head, const Limb* next) c
   const auto column = [&](int i) {
     return static_cast<std::int64_t>(i < odd ? head : 0 - next[odd - i]);
   };
+  const int pairs = (count + 1) / 2;
   SignedWide near[NEAR / 2];
-  for (int i = 0; i < NEAR / 2; ++i) {
+  for (int i = 0; i <= pairs; ++i) {
     near[i] = SignedWide{column(2 * i)} * LIMB_BASE + column(2 * i + 1);
   }
   auto rest = odd != 0 ? 0 : static_cast<std::int64_t>(head);
   x += odd;
-  const int pairs = (count + 1) / 2;
   for (int k = 0; k < pairs; ++k) {
     const SignedWide part = SignedWide{rest} * PAIR_BASE + near[k];
     // Times PAIRS_PER_WORD, but for 2^37.
@@ -63,7 +63,7 @@ double Estimator::find_group(Limb* x, int count, Limb& head, const Limb* next) c
     const auto dividend = static_cast<std::uint64_t>(std::max<SignedWide>(reached, 0) >> LEFT_OUT);
     const auto q = static_cast<std::uint64_t>(Wide{dividend} * reciprocal >> 64) >> shift;
     rest = static_cast<std::int64_t>(static_cast<std::uint64_t>(part) - q * top_pair[0]);
-    for (int i = k + 1; i < NEAR / 2; ++i) {
+    for (int i = k + 1; i <= pairs; ++i) {
       near[i] -= static_cast<SignedWide>(Wide{q} * top_pair[i - k]);
     }
     x[-2 * k] = q / LIMB_BASE;

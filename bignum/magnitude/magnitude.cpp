@@ -66,6 +66,19 @@ int store(char* digits, const Magnitude& m) {
   return m.is_zero() ? 0 : digit_count(m);
 }
 
+void carry_columns(Limb* columns, int count) {
+  if (count >= MANY_COLUMNS) {
+    vectors.settle(columns, columns, count);
+    return vectors.carry(columns, count);
+  }
+  Limb carry = 0;
+  for (int i = 0; i < count; ++i) {
+    const Limb total = columns[i] + carry;
+    carry = total / LIMB_BASE;
+    columns[i] = total - carry * LIMB_BASE;
+  }
+}
+
 int digit_count(const Magnitude& m) {
   const std::uint64_t top = word_of(m.limb()[m.count() - 1]) ^ ASCII_ZEROS;
   return m.count() * LIMB_DIGITS - std::countl_zero(top) / 8;

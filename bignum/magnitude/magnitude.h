@@ -71,11 +71,8 @@ void load(Magnitude& m, const char* digits, int length, int shift);
 // without leading zeros: 0 for zero.
 int store(char* digits, const Magnitude& m);
 
-// Turns columns into limbs, in whole vectors; a carry out of the last one is dropped.
-inline void carry_columns(Limb* columns, int count) {
-  vectors.settle(columns, columns, count);
-  vectors.carry(columns, count);
-}
+// Turns columns into limbs, in whole vectors (rows.h); a carry out of the last one is dropped.
+void carry_columns(Limb* columns, int count);
 
 // Decimal digits in a number that is not zero.
 int digit_count(const Magnitude& m);

@@ -129,15 +129,12 @@ __attribute__((target("avx512f"))) void add_rows_avx512(Limb* columns, const Lim
   }
 }
 
-constexpr int FEW = 16;  // limbs are settled or carried one by one below this
-
 // The quotient of a column is found in floating point from all but its lowest 26 bits, which leave
 // out less than 0.7 of it, and is taken two too small, so that with a rounding of one either way it
 // is never too large: what is left of a column is below 4 * LIMB_BASE.
 __attribute__((target("avx2"))) void settle_avx2(Limb* limbs, const Limb* columns, int count) {
   constexpr Limb PER_HIGH = (Limb{1} << 50) / (LIMB_BASE >> 8) + 1;
   const __m256d units = _mm256_set1_pd(0x1p52);  // with doubles of this size bits are integers
-  if (count < FEW) return settle_plain(limbs, columns, count);
   __m256i sent_before = _mm256_setzero_si256();
   __m256i again_before = _mm256_setzero_si256();
   for (int i = 0; i < count; i += 4) {
@@ -168,7 +165,7 @@ __attribute__((target("avx2"))) void settle_avx2(Limb* limbs, const Limb* column
 __attribute__((target("avx2"))) void carry_avx2(Limb* limbs, int count) {
   const __m256i greatest = OMREL_SPREAD(LIMB_BASE - 1);
   const __m256i lane_bits = _mm256_setr_epi64x(1, 2, 4, 8);
-  if (count < FEW) return carry_plain(limbs, count);
+  if (count < MANY_COLUMNS) return carry_plain(limbs, count);
   int carry = 0;
   for (int i = 0; i < count; i += 4) {
     const __m256i limb = OMREL_LOAD(limbs + i);

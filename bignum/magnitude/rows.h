@@ -16,6 +16,9 @@ constexpr Limb LIMB_BASE = 100'000'000;
 constexpr int ROWS = 8;
 constexpr int ROW_PADDING = 14;
 
+// From so many columns or limbs on, settling or carrying them in vectors pays.
+constexpr int MANY_COLUMNS = 16;
+
 // One version of them all. Where it says so, a function works on whole vectors: it reads and writes
 // limbs behind the last one, up to a multiple of eight in all.
 struct VectorFunctions {
