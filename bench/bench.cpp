@@ -23,6 +23,7 @@
 #include "bench/host.h"
 #include "bench/report.h"
 #include "bench/runner.h"
+#include "bignum/processor.h"
 
 namespace omrel::bench {
 namespace {
@@ -127,6 +128,9 @@ int run(OmrelCommand big, const Options& options) {
   std::vector<Row> rows = measure(big, cases, options.quick ? QUICK : THOROUGH);
   const bool passed = !options.check || holds(big, rows);
   const std::vector<Column> columns = columns_beside(options, rows);
+  const int bits = vector_bits();
+  const char* vectors = bits >= 512 ? "AVX-512" : bits >= 256 ? "AVX2" : bits > 0 ? "SSE2" : "none";
+  std::printf("vectors: %s\n", vectors);
   print_rows(rows, columns);
   print_summary(rows, columns);
   if (!options.json.empty()) write_json(options.json, rows, columns);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "bench/report.h"
+#include "bignum/processor.h"
 
 namespace omrel::bench {
 namespace {
@@ -35,13 +36,7 @@ constexpr Least LEAST[] = {
     {"|=", 1.16},
 };
 
-double processor_factor() {
-#if defined(__x86_64__) || defined(__i386__)
-  return __builtin_cpu_supports("avx2") ? 1.0 : WITHOUT_AVX2;
-#else
-  return WITHOUT_AVX2;
-#endif
-}
+double processor_factor() { return vector_bits() >= 256 ? 1.0 : WITHOUT_AVX2; }
 
 // The least ratio that is accepted of a word; null where the table does not have it.
 const Least* figure_of(const std::string& word) {
