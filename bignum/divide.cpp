@@ -99,25 +99,17 @@ struct Aligned {
 
 bool shows_steps() { return debug_switch != 0; }
 
-// Divides the magnitude of a * 10^scale. Where d is a machine word, d_word is that word and the
-// remainder is returned; elsewhere it is 0.
+// Divides the magnitude of a * 10^scale. What is left is returned where d is a machine word, which
+// d_word is then; elsewhere d_word is 0, and so is the answer when nothing is left.
 std::uint64_t divide_scaled(Magnitude& q, const bignum& a, int scale, const bignum& d,
                             std::uint64_t d_word) {
   if (d_word == 0) {
     Aligned x(a, d, scale);
-    divide_quotient(q, x.a, x.d);
-    return 0;
+    return divide_quotient(q, x.a, x.d) ? 0 : 1;
   }
   Magnitude limbs;
   load(limbs, a, scale);
   return divide_by_word(q, limbs, d_word);
-}
-
-// Whether a quotient of a * 10^FIXED_PLACES leaves nothing.
-bool is_exact(Magnitude& q, const bignum& a, const bignum& d) {
-  Aligned x(a, d, FIXED_PLACES);
-  Magnitude product;
-  return multiply(product, q, x.d) && compare(product, x.a) == 0;
 }
 
 // How two values divide. Whatever is asked of their quotient is asked of this.
@@ -240,12 +232,10 @@ bool bignum::fixed_quotient(bignum& q, const bignum& d) const {
   std::uint64_t d_word = 0;
   if (load_small(d_word, d) && d_word == 0) return false;
   Magnitude m;
-  divide_scaled(m, *this, FIXED_PLACES, d, d_word);
+  const bool is_exact = divide_scaled(m, *this, FIXED_PLACES, d, d_word) == 0;
   bignum scaled = value_of(m, 0);
-  // A divisor below 10^FIXED_PLACES leaves nothing behind zeros.
   const int places = std::min(scaled.length, FIXED_PLACES);
-  const bool has_no_places = significant_length(scaled.vlstr, places) == 0;
-  if (d.length > FIXED_PLACES && has_no_places && !is_exact(m, *this, d)) return false;
+  if (!is_exact && significant_length(scaled.vlstr, places) == 0) return false;
   q = std::move(scaled);
   return true;
 }

@@ -148,20 +148,23 @@ void divide(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d) {
   division.carry_quotient();
 }
 
-void divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d) {
+bool divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d) {
   if (a.count() < d.count()) {
     q = Magnitude(0);
-    return;
+    return a.is_zero();
   }
   LongDivision division(q, a, d);
   division.run(d.count() - 1 - GUARD_LIMBS);
   division.carry_quotient();
-  if (division.is_certain()) return;
+  // More than nothing is taken off an estimate, so an exact quotient has come out one too small.
+  if (division.is_certain()) return false;
   // It is the true one or one below: see whether the next one fits.
   Magnitude next = q;
   Magnitude product;
   add(next, Magnitude(1));
-  if (multiply(product, next, d) && compare(product, a) <= 0) q = next;
+  const int excess = multiply(product, next, d) ? compare(product, a) : 1;
+  if (excess <= 0) q = next;
+  return excess == 0;
 }
 
 std::uint64_t divide_by_word(Magnitude& q, const Magnitude& a, std::uint64_t d) {

@@ -107,7 +107,8 @@ void square_columns(Limb* columns, Magnitude& a);
 void divide(Magnitude& q, Magnitude& r, const Magnitude& a, Magnitude& d);
 
 // q = a / d as divide, without the remainder: skips the products that cannot reach the quotient.
-void divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d);
+// Returns whether nothing is left.
+bool divide_quotient(Magnitude& q, const Magnitude& a, Magnitude& d);
 
 // q = a / d for 0 < d < 10^18, another object than a; returns the remainder.
 std::uint64_t divide_by_word(Magnitude& q, const Magnitude& a, std::uint64_t d);
