@@ -53,8 +53,8 @@ constexpr int FEW_DIGITS = 1600;
 constexpr int FEW_LIMBS = 220;
 const int few_limbs = vector_bits() >= 256 ? 80 : FEW_LIMBS;
 #else
-constexpr int FEW_DIGITS = 60;
-constexpr int FEW_LIMBS = 3;
+constexpr int FEW_DIGITS = 350;
+constexpr int FEW_LIMBS = 6;
 constexpr int few_limbs = FEW_LIMBS;
 #endif
 
