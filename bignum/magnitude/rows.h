@@ -19,8 +19,8 @@ constexpr int ROW_PADDING = 14;
 // From so many columns or limbs on, settling or carrying them in vectors pays.
 constexpr int MANY_COLUMNS = 16;
 
-// One version of them all. Where it says so, a function works on whole vectors: it reads and writes
-// limbs behind the last one, up to a multiple of eight in all.
+// One version of them all. Where it says "whole vectors", a function goes on behind the last limb
+// or column, to a multiple of eight of them.
 struct VectorFunctions {
   // Adds x * (y[0] + y[1] B + ... + y[7] B^7) to the columns, x being the multiplicand, y the
   // multipliers and B one column:
